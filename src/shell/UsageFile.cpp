@@ -1,0 +1,76 @@
+#include "shell/UsageFile.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+#include "shell/FieldReader.h"
+#include "shell/GlobVariables.h"
+
+namespace shell {
+
+namespace {
+std::string& programDirectorySlot() {
+  static std::string dir = "./";
+  return dir;
+}
+std::string usagePath() { return programDirectory() + kUsageFileName; }
+}  // namespace
+
+const std::string& programDirectory() { return programDirectorySlot(); }
+void setProgramDirectory(std::string dir) {
+  if (!dir.empty() && dir.back() != '/') dir += '/';
+  programDirectorySlot() = std::move(dir);
+}
+
+std::optional<UsagePreferences> parseUsageText(const std::string& text) {
+  FieldReader fields(text);
+  auto dir = fields.next();
+  auto colour = fields.next();
+  if (!dir || !colour) return std::nullopt;
+  return UsagePreferences{*dir, *colour};
+}
+
+std::string usageLine(const std::string& directory, const std::string& colour) {
+  return "\"" + directory + "\",\"" + colour + "\"\r\n";
+}
+
+static std::optional<std::string> readWhole(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return std::nullopt;
+  std::ostringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+void readUsageFile() {
+  const auto text = readWhole(usagePath());
+  if (!text) return;
+  const auto prefs = parseUsageText(*text);
+  if (!prefs) return;
+  auto& g = glob::state();
+  g.lastDirectory = prefs->lastDirectory;
+  g.backgroundColor = prefs->backgroundColor;
+}
+
+void writeUsageFile(const std::string& directory, const std::string& colour) {
+  if (!readWhole(usagePath())) return;
+  std::ofstream out(usagePath(), std::ios::binary | std::ios::trunc);
+  if (out) out << usageLine(directory, colour);
+}
+
+long colourValue(const std::string& text) {
+  if (text.size() > 2 && text[0] == '&' && (text[1] == 'h' || text[1] == 'H')) {
+    const std::string digits = text.substr(2);
+    char* end = nullptr;
+    const unsigned long v = std::strtoul(digits.c_str(), &end, 16);
+    if (digits.empty() || *end != '\0' || digits.size() > 8) return 0;
+    return static_cast<long>(v);
+  }
+  if (text.empty()) return 0;
+  char* end = nullptr;
+  const long v = std::strtol(text.c_str(), &end, 10);
+  return (*end != '\0') ? 0 : v;
+}
+
+}  // namespace shell

@@ -1,0 +1,115 @@
+#include "shell/ui/Panel.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QFile>
+#include <QFileInfo>
+#include <QMdiSubWindow>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QScrollBar>
+
+#include "reader/Drivers.h"
+#include "shell/UsageFile.h"
+#include "shell/ui/Dialogs.h"
+
+void yieldEvents(int turns) {
+  for (int i = 0; i < turns; ++i) QCoreApplication::processEvents();
+}
+
+Panel::Panel(glob::PanelId id, const QString& name, QWidget* parent) : QWidget(parent), id_(id) {
+  setObjectName(name);
+  glob::panelOpen(id_) = true;
+}
+
+Panel::~Panel() {
+  log_.setSink(nullptr, nullptr);
+  glob::panelOpen(id_) = false;
+}
+
+Panel::HandlerScope::HandlerScope(Panel* p) : panel_(p) { ++panel_->handlersRunning_; }
+
+Panel::HandlerScope::~HandlerScope() {
+  if (!panel_) return;
+  if (--panel_->handlersRunning_ == 0 && panel_->deferredClose_) panel_->finishClose();
+}
+
+QPlainTextEdit* Panel::createLogView(const QString& name) {
+  logView_ = new QPlainTextEdit(this);
+  logView_->setObjectName(name);
+  logView_->setReadOnly(true);
+  logView_->setVisible(true);
+  logView_->setLineWrapMode(QPlainTextEdit::NoWrap);
+  // The view gets only the new piece; the string stays the truth that Save Log writes.
+  log_.setSink(
+      [view = logView_](const std::string& piece) {
+        QString text = QString::fromLatin1(piece.data(), static_cast<int>(piece.size()));
+        text.remove(QLatin1Char('\r'));
+        QTextCursor c = view->textCursor();
+        c.movePosition(QTextCursor::End);
+        c.insertText(text);
+        view->setTextCursor(c);
+      },
+      [view = logView_] { view->clear(); });
+  return logView_;
+}
+
+QPushButton* Panel::button(const QString& name, const QString& caption, QWidget* parent) {
+  auto* b = new QPushButton(caption, parent ? parent : this);
+  b->setObjectName(name);
+  return b;
+}
+
+reader::Answer Panel::exchange(reader::Op op, const std::string& request) {
+  auto& d = reader::driver();
+  return reader::exchange(d, op, request, reader::reconnectWith(d, reconnectKind()));
+}
+
+void Panel::cmdClearLog_Click() { log_.clear(); }
+
+void Panel::cmdSaveLog_Click() {
+  if (!logView_ || logView_->toPlainText().isEmpty()) return;
+  saveTextAs(this, log_.text());
+}
+
+void saveTextAs(QWidget* parent, const std::string& text) {
+  if (text.empty()) return;
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+  auto& g = glob::state();
+  const QString name = dialogs()
+                           .saveFileName(parent, QString::fromStdString(g.lastDirectory), "txt File (*.txt)|*.txt")
+                           .trimmed();
+  if (!name.isEmpty()) {
+    const QString title = QFileInfo(name).fileName().trimmed();
+    const std::string dir = name.left(name.size() - title.size()).toStdString();
+    if (dir != g.lastDirectory) {
+      g.lastDirectory = dir;
+      shell::writeUsageFile(g.lastDirectory, g.backgroundColor);
+    }
+    QFile f(name);
+    if (f.open(QIODevice::WriteOnly | QIODevice::Truncate)) f.write(text.data(), static_cast<qint64>(text.size()));
+  }
+  QApplication::restoreOverrideCursor();
+}
+
+void Panel::closeEvent(QCloseEvent* event) {
+  closing_ = true;
+  clearFlagsOnClose();
+  if (handlersRunning_ > 0) {
+    // A handler of this panel is still on the stack: hide now, go when it returns.
+    deferredClose_ = true;
+    event->ignore();
+    if (auto* sub = qobject_cast<QMdiSubWindow*>(parentWidget())) sub->hide();
+    else hide();
+    return;
+  }
+  glob::panelOpen(id_) = false;
+  event->accept();
+}
+
+void Panel::finishClose() {
+  deferredClose_ = false;
+  glob::panelOpen(id_) = false;
+  if (auto* sub = qobject_cast<QMdiSubWindow*>(parentWidget())) sub->deleteLater();
+  else deleteLater();
+}

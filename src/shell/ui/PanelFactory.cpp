@@ -1,0 +1,47 @@
+#include "shell/ui/PanelFactory.h"
+
+#include <array>
+
+#include "shell/ui/Panel.h"
+
+namespace shell {
+
+namespace {
+struct PanelRow {
+  glob::PanelId id;
+  const char* name;
+  Panel* (*create)(QWidget* parent);
+};
+
+template <typename T>
+Panel* make(QWidget* parent) {
+  return new T(parent);
+}
+
+// One row per panel; `nullptr` where the window is not built yet.
+const std::array<PanelRow, static_cast<std::size_t>(glob::PanelId::Count)> kPanels{{
+    {glob::PanelId::UserInterface, "frmTL42RQ_UserInterface", nullptr},
+    {glob::PanelId::ISO15693, "frmTL42RQ_ISO15693_UI", nullptr},
+    {glob::PanelId::ISO14443A, "frmTL42RQ_ISO14443A_UI", nullptr},
+    {glob::PanelId::ISO14443B, "frmTL42RQ_ISO14443B_UI", nullptr},
+    {glob::PanelId::ISO18092, "frmTL42RQ_ISO18092_UI", nullptr},
+    {glob::PanelId::DemoKitTools, "frmTL42RQ_DemoKit_tools", nullptr},
+    {glob::PanelId::Script, "frmTL42RQ_Script", nullptr},
+    {glob::PanelId::ScriptHelp, "frmScriptHelp", nullptr},
+    {glob::PanelId::TagDetection, "frmTL42RQ_TagDetection_UI", nullptr},
+    {glob::PanelId::AutoDetect, "frmTL42RQ_AutoDetectTool_UI", nullptr},
+    {glob::PanelId::MementoFile, "frmMementoFile", nullptr},
+    {glob::PanelId::About, "frmAbout", nullptr},
+}};
+}  // namespace
+
+QString panelName(glob::PanelId id) { return QString::fromLatin1(kPanels[static_cast<std::size_t>(id)].name); }
+
+Panel* createPanel(glob::PanelId id, QWidget* parent) {
+  const auto& row = kPanels[static_cast<std::size_t>(id)];
+  return row.create ? row.create(parent) : nullptr;
+}
+
+bool panelAvailable(glob::PanelId id) { return kPanels[static_cast<std::size_t>(id)].create != nullptr; }
+
+}  // namespace shell

@@ -1,0 +1,57 @@
+#include "support/UiTestSupport.h"
+
+#include "reader/TraceLog.h"
+
+namespace uitest {
+
+namespace {
+template <typename Fn>
+Fn symbol(reader::ReaderDriver& d, const char* name) {
+  auto* lib = dynamic_cast<reader::LibraryDriver*>(&d);
+  return lib ? reinterpret_cast<Fn>(lib->resolve(name)) : nullptr;
+}
+}  // namespace
+
+SimulatedBoard::SimulatedBoard() {
+  driver_ = reader::LibraryDriver::load(SIM_LIBRARY);
+  loaded_ = driver_->isSimulated();
+  reader::setDriver(driver_.get());
+}
+
+SimulatedBoard::~SimulatedBoard() { reader::setDriver(nullptr); }
+
+int SimulatedBoard::loadField(const std::string& jsonTextOrPath) {
+  auto fn = symbol<std::int32_t (*)(const char*)>(*driver_, "TL42RQSim_LoadField");
+  return fn ? fn(jsonTextOrPath.c_str()) : -1;
+}
+
+int SimulatedBoard::setBoardPresent(bool present) {
+  auto fn = symbol<std::int32_t (*)(std::int32_t)>(*driver_, "TL42RQSim_SetBoardPresent");
+  return fn ? fn(present ? 1 : 0) : -1;
+}
+
+int SimulatedBoard::reset() {
+  auto fn = symbol<std::int32_t (*)()>(*driver_, "TL42RQSim_Reset");
+  return fn ? fn() : -1;
+}
+
+std::string SimulatedBoard::dumpField() {
+  auto fn = symbol<std::int32_t (*)(char*, std::int32_t)>(*driver_, "TL42RQSim_DumpField");
+  if (!fn) return {};
+  std::string out(1 << 20, '\0');
+  const int n = fn(out.data(), static_cast<std::int32_t>(out.size()));
+  out.resize(n > 0 ? static_cast<std::size_t>(n) : 0);
+  return out;
+}
+
+std::string SimulatedBoard::lastError() {
+  auto fn = symbol<const char* (*)()>(*driver_, "TL42RQSim_LastError");
+  return fn && fn() ? fn() : "";
+}
+
+FixedTime::FixedTime() { reader::setClock(std::make_shared<reader::FixedClock>(reader::DateTime{2026, 11, 21, 10, 20, 30})); }
+FixedTime::~FixedTime() { reader::setClock(nullptr); }
+
+std::string fixture(const std::string& name) { return std::string(TEST_FIXTURES) + "/" + name; }
+
+}  // namespace uitest
