@@ -44,7 +44,7 @@ enum class Shape {
 
 struct OpInfo {
   Op op;
-  const char* symbol;   // exported name, exactly as the library has it
+  const char* symbol;   // exported name, exactly as the library has it, with its mixed Dll and DLL
   const char* logWord;  // the word trace entries show for the call
   Shape shape;
 };

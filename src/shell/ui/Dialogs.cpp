@@ -34,22 +34,31 @@ void QtDialogs::message(QWidget* parent, const QString& text, const QString& tit
   box.exec();
 }
 
-// The program's own dialog options: no read-only box, ask before overwriting, leave the
-// process's directory alone.
-static QFileDialog::Options fileOptions() { return QFileDialog::Options(); }
+// One file dialog shape for loading and saving, with the program's options: no
+// read-only box, ask before overwriting, the file must exist to be opened.
+static QString runFileDialog(QWidget* parent, const QString& directory, const QString& filter, bool save) {
+  QFileDialog dlgFileDialog(parent, QString(), directory, qtFilter(filter));
+  dlgFileDialog.setObjectName("dlgFileDialog");
+  dlgFileDialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+  dlgFileDialog.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+  dlgFileDialog.setOption(QFileDialog::ReadOnly, false);
+  if (dlgFileDialog.exec() != QDialog::Accepted || dlgFileDialog.selectedFiles().isEmpty()) return {};
+  return dlgFileDialog.selectedFiles().first();
+}
 
 QString QtDialogs::saveFileName(QWidget* parent, const QString& directory, const QString& filter) {
-  return QFileDialog::getSaveFileName(parent, QString(), directory, qtFilter(filter), nullptr, fileOptions());
+  return runFileDialog(parent, directory, filter, true);
 }
 
 QString QtDialogs::openFileName(QWidget* parent, const QString& directory, const QString& filter) {
-  return QFileDialog::getOpenFileName(parent, QString(), directory, qtFilter(filter), nullptr, fileOptions());
+  return runFileDialog(parent, directory, filter, false);
 }
 
 std::optional<QColor> QtDialogs::color(QWidget* parent, const QColor& preset) {
-  const QColor c = QColorDialog::getColor(preset, parent);
-  if (!c.isValid()) return std::nullopt;
-  return c;
+  QColorDialog ColorDialog(preset, parent);
+  ColorDialog.setObjectName("ColorDialog");
+  if (ColorDialog.exec() != QDialog::Accepted || !ColorDialog.selectedColor().isValid()) return std::nullopt;
+  return ColorDialog.selectedColor();
 }
 
 void QtDialogs::beep() { QApplication::beep(); }

@@ -219,6 +219,8 @@ void MainForm::openProduct(const QString& caption) {
   shell::currentProduct() = *product;
   if (detection_) detection_->close();
   for (PanelId p : kProtocolPanels) closePanel(p);
+  // frmTL42RQ_CRC_calculation_tool would close here too; nothing ever opens it, so the
+  // program does not build it.
   closePanel(PanelId::Script);
   closePanel(PanelId::TagDetection);
   closePanel(PanelId::AutoDetect);

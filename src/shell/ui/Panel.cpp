@@ -4,6 +4,7 @@
 #include <QCloseEvent>
 #include <QFile>
 #include <QFileInfo>
+#include <QHBoxLayout>
 #include <QMdiSubWindow>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -52,6 +53,19 @@ QPlainTextEdit* Panel::createLogView(const QString& name) {
       },
       [view = logView_] { view->clear(); });
   return logView_;
+}
+
+QWidget* Panel::createLogButtons(const QString& clearName, const QString& saveName) {
+  auto* row = new QWidget(this);
+  auto* layout = new QHBoxLayout(row);
+  layout->setContentsMargins(0, 0, 0, 0);
+  QPushButton* clear = button(clearName, "Clear Log", row);
+  QPushButton* save = button(saveName, "Save Log", row);
+  connect(clear, &QPushButton::clicked, this, &Panel::cmdClearLog_Click);
+  connect(save, &QPushButton::clicked, this, &Panel::cmdSaveLog_Click);
+  layout->addWidget(clear);
+  layout->addWidget(save);
+  return row;
 }
 
 QPushButton* Panel::button(const QString& name, const QString& caption, QWidget* parent) {

@@ -48,6 +48,8 @@ class Panel : public QWidget {
  protected:
   // Creates the read-only log view with this name and wires it to the trace log.
   QPlainTextEdit* createLogView(const QString& name);
+  // The Clear Log and Save Log buttons, wired; the script panel gives them other names.
+  QWidget* createLogButtons(const QString& clearName = "cmdClearLog", const QString& saveName = "cmdSaveLog");
   // Creates a push button with the given name and caption.
   QPushButton* button(const QString& name, const QString& caption, QWidget* parent = nullptr);
 
