@@ -3,6 +3,9 @@
 #include <array>
 
 #include "shell/ui/Panel.h"
+#include "toolbox/ui/frmAbout.h"
+#include "toolbox/ui/frmMementoFile.h"
+#include "toolbox/ui/frmTL42RQ_DemoKit_tools.h"
 
 namespace shell {
 
@@ -25,13 +28,13 @@ const std::array<PanelRow, static_cast<std::size_t>(glob::PanelId::Count)> kPane
     {glob::PanelId::ISO14443A, "frmTL42RQ_ISO14443A_UI", nullptr},
     {glob::PanelId::ISO14443B, "frmTL42RQ_ISO14443B_UI", nullptr},
     {glob::PanelId::ISO18092, "frmTL42RQ_ISO18092_UI", nullptr},
-    {glob::PanelId::DemoKitTools, "frmTL42RQ_DemoKit_tools", nullptr},
+    {glob::PanelId::DemoKitTools, "frmTL42RQ_DemoKit_tools", make<frmTL42RQ_DemoKit_tools>},
     {glob::PanelId::Script, "frmTL42RQ_Script", nullptr},
     {glob::PanelId::ScriptHelp, "frmScriptHelp", nullptr},
     {glob::PanelId::TagDetection, "frmTL42RQ_TagDetection_UI", nullptr},
     {glob::PanelId::AutoDetect, "frmTL42RQ_AutoDetectTool_UI", nullptr},
-    {glob::PanelId::MementoFile, "frmMementoFile", nullptr},
-    {glob::PanelId::About, "frmAbout", nullptr},
+    {glob::PanelId::MementoFile, "frmMementoFile", make<frmMementoFile>},
+    {glob::PanelId::About, "frmAbout", make<frmAbout>},
 }};
 }  // namespace
 

@@ -139,14 +139,7 @@ frmTL42RQ_DemoKit_tools::frmTL42RQ_DemoKit_tools(QWidget* parent)
   QPlainTextEdit* view = createLogView(toolbox::kLogViewName);
   view->setMinimumWidth(420);
   right->addWidget(view, 1);
-  auto* logButtons = new QHBoxLayout;
-  auto* cmdClearLog = button("cmdClearLog", "Clear Log");
-  auto* cmdSaveLog = button("cmdSaveLog", "Save Log");
-  logButtons->addWidget(cmdClearLog);
-  logButtons->addWidget(cmdSaveLog);
-  right->addLayout(logButtons);
-  connect(cmdClearLog, &QPushButton::clicked, this, &Panel::cmdClearLog_Click);
-  connect(cmdSaveLog, &QPushButton::clicked, this, &Panel::cmdSaveLog_Click);
+  right->addWidget(createLogButtons());
   outer->addLayout(right, 1);
 
   // Without the three rows of newer libraries the window is shorter.
