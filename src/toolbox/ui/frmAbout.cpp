@@ -59,9 +59,11 @@ frmAbout::frmAbout(QWidget* parent) : Panel(glob::PanelId::About, "frmAbout", pa
   layout->addWidget(label(this, "lblVersion",
                           "VERSION " TL42RQ_STR(TL42RQ_VERSION_MAJOR) "." TL42RQ_STR(TL42RQ_VERSION_MINOR) "." TL42RQ_STR(
                               TL42RQ_VERSION_PATCH)));
-  layout->addWidget(label(this, "lblDescription",
-                          "A bench tool for the TL42RQ 13.56 MHz RF transceiver: chip commands, ISO 15693, "
-                          "ISO 14443-A, ISO 14443-B and ISO 18092 tag commands, tag discovery and scripts."));
+  auto* lblDescription = label(this, "lblDescription",
+                               "A bench tool for the TL42RQ 13.56 MHz RF transceiver: chip commands, ISO 15693, "
+                               "ISO 14443-A, ISO 14443-B and ISO 18092 tag commands, tag discovery and scripts.");
+  lblDescription->setWordWrap(true);
+  layout->addWidget(lblDescription);
   auto* lblDisclaimer = label(this, "lblDisclaimer",
                               "Warning: this software is provided for evaluation of the TL42RQ on its "
                               "demonstration boards only, as is, without warranty of any kind.");
@@ -76,6 +78,7 @@ frmAbout::frmAbout(QWidget* parent) : Panel(glob::PanelId::About, "frmAbout", pa
   layout->addLayout(buttons);
   connect(ok, &QPushButton::clicked, this, &frmAbout::cmdOK_Click);
   connect(sysInfo, &QPushButton::clicked, this, &frmAbout::cmdSysInfo_Click);
+  setFixedWidth(sizeHint().width());
 }
 
 void frmAbout::cmdOK_Click() {

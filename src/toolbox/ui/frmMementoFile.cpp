@@ -35,6 +35,7 @@ frmMementoFile::frmMementoFile(QWidget* parent) : Panel(glob::PanelId::MementoFi
   rtfMementoEdit_->setAcceptRichText(false);
   rtfMementoEdit_->setReadOnly(false);
   rtfMementoEdit_->setVisible(true);
+  rtfMementoEdit_->setMinimumSize(480, 320);
   layout->addWidget(rtfMementoEdit_, 1);
   auto* buttons = new QHBoxLayout;
   auto* save = button("cmdSaveMementoFile", "Save Memento File");
@@ -45,7 +46,6 @@ frmMementoFile::frmMementoFile(QWidget* parent) : Panel(glob::PanelId::MementoFi
   layout->addLayout(buttons);
   connect(save, &QPushButton::clicked, this, &frmMementoFile::cmdSaveMementoFile_Click);
   connect(load, &QPushButton::clicked, this, &frmMementoFile::cmdLoadMementoFile_Click);
-  resize(560, 420);
 }
 
 void frmMementoFile::cmdSaveMementoFile_Click() {

@@ -68,6 +68,7 @@ frmTL42RQ_DemoKit_tools::frmTL42RQ_DemoKit_tools(QWidget* parent)
       for (int k = 0; k < 3; ++k) {
         OptPinState_[k] = new QRadioButton(captions[k], pins);
         OptPinState_[k]->setObjectName(QString("%1_%2").arg(toolbox::kPinStateGroup).arg(k));
+        OptPinState_[k]->setToolTip(QString("Interface pin state %1").arg(k));
         pinLayout->addWidget(OptPinState_[k]);
       }
       third = pins;
@@ -137,7 +138,7 @@ frmTL42RQ_DemoKit_tools::frmTL42RQ_DemoKit_tools(QWidget* parent)
   // The trace.
   auto* right = new QVBoxLayout;
   QPlainTextEdit* view = createLogView(toolbox::kLogViewName);
-  view->setMinimumWidth(420);
+  view->setMinimumWidth(560);
   right->addWidget(view, 1);
   right->addWidget(createLogButtons());
   outer->addLayout(right, 1);
