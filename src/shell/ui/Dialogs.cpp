@@ -22,7 +22,8 @@ void setDialogs(Dialogs* d) { current() = d; }
 QString qtFilter(const QString& filter) {
   const QStringList parts = filter.split('|');
   QStringList out;
-  for (int i = 0; i < parts.size(); i += 2) out << parts[i];
+  for (int i = 0; i < parts.size(); i += 2)
+    if (!parts[i].isEmpty()) out << parts[i];  // a trailing "|" names no filter
   return out.join(";;");
 }
 

@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "script/ui/frmScriptHelp.h"
+#include "script/ui/frmTL42RQ_Script.h"
 #include "shell/ui/Panel.h"
 #include "toolbox/ui/frmAbout.h"
 #include "toolbox/ui/frmMementoFile.h"
@@ -29,8 +31,8 @@ const std::array<PanelRow, static_cast<std::size_t>(glob::PanelId::Count)> kPane
     {glob::PanelId::ISO14443B, "frmTL42RQ_ISO14443B_UI", nullptr},
     {glob::PanelId::ISO18092, "frmTL42RQ_ISO18092_UI", nullptr},
     {glob::PanelId::DemoKitTools, "frmTL42RQ_DemoKit_tools", make<frmTL42RQ_DemoKit_tools>},
-    {glob::PanelId::Script, "frmTL42RQ_Script", nullptr},
-    {glob::PanelId::ScriptHelp, "frmScriptHelp", nullptr},
+    {glob::PanelId::Script, "frmTL42RQ_Script", make<frmTL42RQ_Script>},
+    {glob::PanelId::ScriptHelp, "frmScriptHelp", make<frmScriptHelp>},
     {glob::PanelId::TagDetection, "frmTL42RQ_TagDetection_UI", nullptr},
     {glob::PanelId::AutoDetect, "frmTL42RQ_AutoDetectTool_UI", nullptr},
     {glob::PanelId::MementoFile, "frmMementoFile", make<frmMementoFile>},
