@@ -64,7 +64,7 @@ struct GlobVariables {
   // ISO 15693 panel.
   std::string transponderUIDFrame;
   int rfAddressBytes = 1;
-  std::string iso15693RequestFlags;
+  int iso15693RequestFlags = 0;  // base of every ISO 15693 flags byte
   int currentTab = 0;
 
   // Status-bar panel 1 of the main window, and who shows it.
