@@ -1,0 +1,464 @@
+#include "simulator/fieldfile.h"
+
+#include <algorithm>
+#include <variant>
+
+#include "simulator/tags/kinds.h"
+
+namespace sim {
+
+namespace {
+
+constexpr KeySpec kBoardKeys[] = {
+    {.name = "present", .kind = ValueKind::Bool, .fallback = "true"},
+    {.name = "dllRevision", .kind = ValueKind::Text, .min = 1, .max = 64, .fallback = "0.5.0"},
+    // The controller answers one byte an element; the count goes out as one byte too.
+    {.name = "mcuRevision", .kind = ValueKind::ByteList, .max = 16, .fallback = "[1, 4, 1]"},
+    // The IDN answer carries the name, two CRC bytes and its header in 256 characters.
+    {.name = "chipName", .kind = ValueKind::Text, .min = 1, .max = 100, .fallback = "NFC TL42RQ"},
+    {.name = "interfacePin", .kind = ValueKind::Integer, .min = 0, .max = 2, .fallback = "1"},
+};
+constexpr KeySpec kAntennaKeys[] = {
+    {.name = "detectLevel", .kind = ValueKind::Integer, .min = 0, .max = 255, .fallback = "31"},
+};
+// Keys that every tag entry may carry before those of its kind.
+constexpr KeySpec kTagCommonKeys[] = {
+    {.name = "type", .kind = ValueKind::Text, .min = 1, .max = 32, .required = true},
+    {.name = "product", .kind = ValueKind::Text, .min = 1, .max = 32},
+    {.name = "inField", .kind = ValueKind::Bool, .fallback = "true"},
+};
+constexpr const char* kTopKeys[] = {"board", "antenna", "tags"};
+// A tag's memory is at most 64 KiB: 2048 blocks of 32 bytes, or 65536 blocks of one.
+constexpr long kMaxMemory = 65536;
+
+using Step = std::variant<std::string, std::size_t>;
+using Path = std::vector<Step>;
+
+// A fault of the content; `path` leads to the value that is wrong.
+struct FieldError {
+  Path path;
+  std::string message;
+};
+
+std::string pathText(const Path& path) {
+  std::string out;
+  for (const Step& step : path) {
+    if (const auto* key = std::get_if<std::string>(&step)) {
+      if (!out.empty()) out += '.';
+      out += *key;
+    } else {
+      out += '[' + std::to_string(std::get<std::size_t>(step)) + ']';
+    }
+  }
+  return out;
+}
+
+Path with(Path path, Step step) {
+  path.push_back(std::move(step));
+  return path;
+}
+
+// How a wrong value is named in an error text.
+std::string describe(const Json& value) {
+  switch (value.type()) {
+    case Json::value_t::string: {
+      std::string text = value.get<std::string>();
+      if (text.size() > 24) text = text.substr(0, 24) + "...";
+      return "the text \"" + text + "\"";
+    }
+    case Json::value_t::boolean: return value.get<bool>() ? "true" : "false";
+    case Json::value_t::null: return "null";
+    case Json::value_t::object: return "an object";
+    case Json::value_t::array: return "a list";
+    default: return "the number " + value.dump();
+  }
+}
+
+bool printable(const std::string& text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return c >= 0x20 && c <= 0x7E; });
+}
+
+std::string byteCountText(const KeySpec& spec) {
+  if (spec.sizes == 0)
+    return spec.min == spec.max ? std::to_string(spec.min)
+                                : std::to_string(spec.min) + " to " + std::to_string(spec.max);
+  std::vector<std::string> counts;
+  for (int n = 0; n < 32; ++n)
+    if (spec.sizes & (1u << n)) counts.push_back(std::to_string(n));
+  std::string out;
+  for (std::size_t i = 0; i < counts.size(); ++i)
+    out += (i == 0 ? "" : i + 1 == counts.size() ? " or " : ", ") + counts[i];
+  return out;
+}
+
+bool wholeNumber(const Json& value) { return value.is_number_integer(); }
+
+// Hexadecimal text as written by a person (blanks allowed) to upper-case digits.
+std::string checkHex(const Json& value, const Path& path) {
+  if (!value.is_string()) throw FieldError{path, "hexadecimal text is needed, found " + describe(value)};
+  const std::string digits = hex::upper(hex::withoutBlanks(value.get<std::string>()));
+  for (char c : digits)
+    if (!hex::isDigit(c)) {
+      const std::string shown = c >= 0x20 && c <= 0x7E ? std::string(1, c) : "\\x" + hex::byte(static_cast<std::uint8_t>(c));
+      throw FieldError{path, "'" + shown + "' is no hexadecimal digit"};
+    }
+  if (digits.size() % 2 != 0)
+    throw FieldError{path, "an odd number of hexadecimal digits (" + std::to_string(digits.size()) +
+                               "): every byte takes two"};
+  return digits;
+}
+
+Json checkValue(const Json& value, const KeySpec& spec, const Path& path) {
+  switch (spec.kind) {
+    case ValueKind::Bool:
+      if (!value.is_boolean()) throw FieldError{path, "true or false is needed, found " + describe(value)};
+      return value;
+    case ValueKind::Text: {
+      if (!value.is_string()) throw FieldError{path, "a text is needed, found " + describe(value)};
+      const std::string& text = value.get_ref<const std::string&>();
+      if (static_cast<long>(text.size()) < spec.min || static_cast<long>(text.size()) > spec.max)
+        throw FieldError{path, "a text of " + std::to_string(spec.min) + " to " + std::to_string(spec.max) +
+                                   " characters is needed, found " + std::to_string(text.size())};
+      if (!printable(text)) throw FieldError{path, "only printable ASCII characters are allowed"};
+      return value;
+    }
+    case ValueKind::Integer:
+      if (!wholeNumber(value) || value.get<long long>() < spec.min || value.get<long long>() > spec.max)
+        throw FieldError{path, "a whole number from " + std::to_string(spec.min) + " to " +
+                                   std::to_string(spec.max) + " is needed, found " + describe(value)};
+      return value;
+    case ValueKind::ByteList: {
+      if (!value.is_array() || static_cast<long>(value.size()) > spec.max)
+        throw FieldError{path, "a list of at most " + std::to_string(spec.max) +
+                                   " numbers from 0 to 255 is needed, found " + describe(value)};
+      for (std::size_t i = 0; i < value.size(); ++i)
+        if (!wholeNumber(value[i]) || value[i].get<long long>() < 0 || value[i].get<long long>() > 255)
+          throw FieldError{with(path, i), "a whole number from 0 to 255 is needed, found " + describe(value[i])};
+      return value;
+    }
+    case ValueKind::IndexList: {
+      if (!value.is_array()) throw FieldError{path, "a list of block numbers is needed, found " + describe(value)};
+      for (std::size_t i = 0; i < value.size(); ++i)
+        if (!wholeNumber(value[i]) || value[i].get<long long>() < 0)
+          throw FieldError{with(path, i), "a block number (a whole number from 0) is needed, found " +
+                                              describe(value[i])};
+      return value;
+    }
+    case ValueKind::Hex: {
+      const std::string digits = checkHex(value, path);
+      const std::size_t bytes = digits.size() / 2;
+      const bool fits = spec.sizes != 0 ? bytes < 32 && (spec.sizes & (1u << bytes)) != 0
+                                        : static_cast<long>(bytes) >= spec.min && static_cast<long>(bytes) <= spec.max;
+      if (!fits)
+        throw FieldError{path, "hexadecimal text of " + byteCountText(spec) +
+                                   (spec.max == 1 && spec.sizes == 0 ? " byte" : " bytes") + " is needed, found " +
+                                   std::to_string(bytes)};
+      return digits;
+    }
+    case ValueKind::HexMemory:
+      return checkHex(value, path);
+  }
+  return value;
+}
+
+Json fallbackOf(const KeySpec& spec) {
+  const bool plainText = spec.kind == ValueKind::Text || spec.kind == ValueKind::Hex || spec.kind == ValueKind::HexMemory;
+  return plainText ? Json(spec.fallback) : Json::parse(spec.fallback);
+}
+
+std::string keyList(const std::vector<const KeySpec*>& specs) {
+  std::string out;
+  for (const KeySpec* spec : specs) out += (out.empty() ? "" : ", ") + std::string(spec->name);
+  return out;
+}
+
+// Checks an object against its keys and returns it with its keys in table order and the
+// defaults filled in. Unknown keys are refused: a misspelt key would otherwise be ignored
+// without a word.
+Json checkObject(const Json& object, const std::vector<const KeySpec*>& specs, const Path& path) {
+  if (!object.is_object()) throw FieldError{path, "an object { ... } is needed, found " + describe(object)};
+  for (const auto& [key, value] : object.items()) {
+    const bool known = std::any_of(specs.begin(), specs.end(), [&](const KeySpec* s) { return key == s->name; });
+    if (!known)
+      throw FieldError{with(path, key), "unknown key \"" + key + "\"; the keys here are " + keyList(specs)};
+  }
+  Json out = Json::object();
+  for (const KeySpec* spec : specs) {
+    const auto it = object.find(spec->name);
+    if (it != object.end())
+      out[spec->name] = checkValue(*it, *spec, with(path, spec->name));
+    else if (spec->required)
+      throw FieldError{path, "the key \"" + std::string(spec->name) + "\" is missing"};
+    else if (spec->fallback)
+      out[spec->name] = fallbackOf(*spec);
+  }
+  return out;
+}
+
+template <std::size_t N>
+std::vector<const KeySpec*> specsOf(const KeySpec (&table)[N]) {
+  std::vector<const KeySpec*> out;
+  for (const KeySpec& spec : table) out.push_back(&spec);
+  return out;
+}
+
+std::string kindList() {
+  std::string out;
+  for (const TagKind& kind : tagKinds()) out += (out.empty() ? "" : ", ") + std::string(kind.type);
+  return out;
+}
+
+std::unique_ptr<Tag> buildTag(const Json& entry, const Path& path) {
+  if (!entry.is_object()) throw FieldError{path, "a tag { \"type\": ... } is needed, found " + describe(entry)};
+  const auto type = entry.find("type");
+  if (type == entry.end())
+    throw FieldError{path, "the key \"type\" is missing; the types are " + kindList()};
+  if (!type->is_string()) throw FieldError{with(path, "type"), "a text is needed, found " + describe(*type)};
+  const TagKind* kind = findTagKind(type->get<std::string>());
+  if (!kind)
+    throw FieldError{with(path, "type"),
+                     "unknown tag type \"" + type->get<std::string>() + "\"; the types are " + kindList()};
+
+  std::vector<const KeySpec*> specs = specsOf(kTagCommonKeys);
+  for (const KeySpec& spec : kind->keys) specs.push_back(&spec);
+  TagSetup setup{kind->type, kind->air, checkObject(entry, specs, path), 0, 0, {}};
+  Json& checked = setup.entry;
+
+  if (checked.contains("blockSize")) {
+    setup.blockSize = checked["blockSize"].get<int>();
+    setup.blockCount = checked["blockCount"].get<int>();
+    const long size = static_cast<long>(setup.blockSize) * setup.blockCount;
+    if (size > kMaxMemory)
+      throw FieldError{with(path, "blockCount"), "blockSize x blockCount is " + std::to_string(size) +
+                                                     " bytes, more than the " + std::to_string(kMaxMemory) +
+                                                     " a tag may hold"};
+    setup.memory = *hex::toBytes(checked["memory"].get<std::string>());
+    if (static_cast<long>(setup.memory.size()) > size)
+      throw FieldError{with(path, "memory"), "the memory holds " + std::to_string(setup.memory.size()) +
+                                                 " bytes, more than blockSize x blockCount = " + std::to_string(size)};
+    setup.memory.resize(static_cast<std::size_t>(size), 0);
+    checked.erase("memory");  // the tag keeps its memory as bytes and writes it back itself
+  }
+  if (const auto locked = checked.find("lockedBlocks"); locked != checked.end())
+    for (std::size_t i = 0; i < locked->size(); ++i)
+      if ((*locked)[i].get<long long>() >= setup.blockCount)
+        throw FieldError{with(with(path, "lockedBlocks"), i),
+                         "block " + (*locked)[i].dump() + " does not exist: the tag has " +
+                             std::to_string(setup.blockCount) + " blocks"};
+  return kind->make(std::move(setup));
+}
+
+FieldContents build(const Json& root) {
+  if (!root.is_object())
+    throw FieldError{{}, "the field must be one JSON object { \"board\": ..., \"tags\": [...] }, found " + describe(root)};
+  for (const auto& [key, value] : root.items())
+    if (std::find_if(std::begin(kTopKeys), std::end(kTopKeys), [&](const char* k) { return key == k; }) ==
+        std::end(kTopKeys))
+      throw FieldError{{key}, "unknown key \"" + key + "\"; the keys here are board, antenna, tags"};
+
+  const auto member = [&](const char* key) { return root.contains(key) ? root[key] : Json::object(); };
+  FieldContents field;
+  const Json board = checkObject(member("board"), specsOf(kBoardKeys), {std::string("board")});
+  field.board.present = board["present"].get<bool>();
+  field.board.dllRevision = board["dllRevision"].get<std::string>();
+  for (const Json& element : board["mcuRevision"]) field.board.mcuRevision.push_back(element.get<std::uint8_t>());
+  field.board.chipName = board["chipName"].get<std::string>();
+  field.board.interfacePin = board["interfacePin"].get<int>();
+
+  const Json antenna = checkObject(member("antenna"), specsOf(kAntennaKeys), {std::string("antenna")});
+  field.antenna.detectLevel = antenna["detectLevel"].get<int>();
+
+  if (root.contains("tags")) {
+    const Json& tags = root["tags"];
+    if (!tags.is_array()) throw FieldError{{std::string("tags")}, "a list of tags [ ... ] is needed, found " + describe(tags)};
+    for (std::size_t i = 0; i < tags.size(); ++i) field.tags.push_back(buildTag(tags[i], {std::string("tags"), i}));
+  }
+  return field;
+}
+
+// --- where in the text a value stands ------------------------------------------------------
+// The parser gives positions only for syntax errors; a wrong value is found again by walking
+// the (valid) text along the value's path. Comments are skipped as the parser skips them.
+
+class Locator {
+ public:
+  explicit Locator(std::string_view text) : t_(text) {}
+
+  std::size_t find(const Path& path) {
+    pos_ = 0;
+    if (t_.substr(0, 3) == "\xEF\xBB\xBF") pos_ = 3;
+    skipBlank();
+    std::size_t found = pos_;
+    for (const Step& step : path) {
+      const std::size_t at = std::holds_alternative<std::string>(step) ? member(std::get<std::string>(step))
+                                                                       : element(std::get<std::size_t>(step));
+      if (at == npos) break;
+      found = pos_ = at;
+    }
+    return found;
+  }
+
+ private:
+  static constexpr std::size_t npos = std::string_view::npos;
+  char at() const { return pos_ < t_.size() ? t_[pos_] : '\0'; }
+
+  void skipBlank() {
+    while (pos_ < t_.size()) {
+      const char c = t_[pos_];
+      if (c == ' ' || c == '\t' || c == '\n' || c == '\r') {
+        ++pos_;
+      } else if (c == '/' && pos_ + 1 < t_.size() && t_[pos_ + 1] == '/') {
+        while (pos_ < t_.size() && t_[pos_] != '\n') ++pos_;
+      } else if (c == '/' && pos_ + 1 < t_.size() && t_[pos_ + 1] == '*') {
+        const std::size_t end = t_.find("*/", pos_ + 2);
+        pos_ = end == npos ? t_.size() : end + 2;
+      } else {
+        return;
+      }
+    }
+  }
+
+  // Reads a string at pos_ and returns its text with the simple escapes undone.
+  std::string readString() {
+    std::string out;
+    ++pos_;
+    while (pos_ < t_.size() && t_[pos_] != '"') {
+      if (t_[pos_] == '\\' && pos_ + 1 < t_.size()) {
+        const char e = t_[++pos_];
+        const auto code = e == 'u' ? hex::toNumber(t_.substr(pos_ + 1, 4)) : std::nullopt;
+        if (code && *code < 0x80) {
+          out += static_cast<char>(*code);  // keys are ASCII; other code points never match one
+          pos_ += 4;
+        } else {
+          out += e == 'n' ? '\n' : e == 't' ? '\t' : e == 'r' ? '\r' : e == 'b' ? '\b' : e == 'f' ? '\f' : e;
+        }
+      } else {
+        out += t_[pos_];
+      }
+      ++pos_;
+    }
+    ++pos_;
+    return out;
+  }
+
+  // Skips one value without recursion, so that deep nesting costs no stack.
+  void skipValue() {
+    int depth = 0;
+    do {
+      skipBlank();
+      const char c = at();
+      if (c == '"') {
+        readString();
+      } else if (c == '{' || c == '[') {
+        ++depth;
+        ++pos_;
+      } else if (c == '}' || c == ']') {
+        --depth;
+        ++pos_;
+      } else if (c == ',' || c == ':') {
+        ++pos_;
+      } else if (c == '\0') {
+        return;
+      } else {
+        while (pos_ < t_.size() && std::string_view(",:]} \t\r\n/").find(t_[pos_]) == npos) ++pos_;
+      }
+    } while (depth > 0 && pos_ < t_.size());
+  }
+
+  // Position of the value of `key` in the object at pos_ (the last one, as the parser keeps it).
+  std::size_t member(const std::string& key) {
+    if (at() != '{') return npos;
+    ++pos_;
+    std::size_t found = npos;
+    for (skipBlank(); at() == '"'; skipBlank()) {
+      const std::string name = readString();
+      skipBlank();
+      if (at() == ':') ++pos_;
+      skipBlank();
+      if (name == key) found = pos_;
+      skipValue();
+      skipBlank();
+      if (at() == ',') ++pos_;
+    }
+    return found;
+  }
+
+  std::size_t element(std::size_t index) {
+    if (at() != '[') return npos;
+    ++pos_;
+    skipBlank();
+    for (std::size_t i = 0; at() != ']' && at() != '\0'; ++i) {
+      if (i == index) return pos_;
+      skipValue();
+      skipBlank();
+      if (at() == ',') ++pos_;
+      skipBlank();
+    }
+    return npos;
+  }
+
+  std::string_view t_;
+  std::size_t pos_ = 0;
+};
+
+std::string located(std::string_view source, std::string_view text, std::size_t offset, const std::string& message) {
+  offset = std::min(offset, text.size());
+  const std::size_t line = 1 + static_cast<std::size_t>(std::count(text.begin(), text.begin() + static_cast<long>(offset), '\n'));
+  const std::size_t lineStart = text.rfind('\n', offset == 0 ? 0 : offset - 1);
+  const std::size_t column = lineStart == std::string_view::npos || offset == 0 ? offset + 1 : offset - lineStart;
+  return std::string(source) + ": line " + std::to_string(line) + ", column " + std::to_string(column) + ": " + message;
+}
+
+// The parser's own text without its "[json.exception...] parse error at line L, column C: "
+// prefix: the place is given once, computed here from the byte offset.
+std::string parserMessage(const std::string& what) {
+  const std::size_t colon = what.find(": ");
+  return colon == std::string::npos ? what : what.substr(colon + 2);
+}
+
+}  // namespace
+
+FieldContents defaultField() { return build(Json::object()); }
+
+ParseOutcome parseField(std::string_view text, std::string_view sourceName) {
+  ParseOutcome out{defaultField(), {}};
+  if (text.size() > kMaxFieldFileSize) {
+    out.error = std::string(sourceName) + ": the file is larger than " + std::to_string(kMaxFieldFileSize >> 20) + " MiB";
+    return out;
+  }
+  Json root;
+  try {
+    root = Json::parse(text.begin(), text.end(), nullptr, true, true);
+  } catch (const Json::parse_error& e) {
+    // `byte` counts the characters read, the faulty one included.
+    out.error = located(sourceName, text, e.byte == 0 ? 0 : e.byte - 1, parserMessage(e.what()));
+    return out;
+  } catch (const Json::exception& e) {
+    out.error = std::string(sourceName) + ": " + parserMessage(e.what());
+    return out;
+  }
+  try {
+    out.contents = build(root);
+  } catch (const FieldError& e) {
+    const std::string where = pathText(e.path);
+    out.error = located(sourceName, text, Locator(text).find(e.path), (where.empty() ? "" : where + ": ") + e.message);
+  }
+  return out;
+}
+
+std::string fieldToJson(const FieldContents& field) {
+  Json root;
+  Json& board = root["board"];
+  board["present"] = field.board.present;
+  board["dllRevision"] = field.board.dllRevision;
+  board["mcuRevision"] = Json::array();
+  for (std::uint8_t element : field.board.mcuRevision) board["mcuRevision"].push_back(element);
+  board["chipName"] = field.board.chipName;
+  board["interfacePin"] = field.board.interfacePin;
+  root["antenna"]["detectLevel"] = field.antenna.detectLevel;
+  root["tags"] = Json::array();
+  for (const auto& tag : field.tags) root["tags"].push_back(tag->toJson());
+  return root.dump(2, ' ', false, Json::error_handler_t::replace);
+}
+
+}  // namespace sim

@@ -1,0 +1,80 @@
+#include "simulator/tags/kinds.h"
+
+#include <array>
+
+namespace sim {
+
+namespace {
+
+constexpr KeySpec hexKey(const char* name, long bytes, const char* fallback = nullptr) {
+  return {.name = name, .kind = ValueKind::Hex, .min = bytes, .max = bytes, .fallback = fallback,
+          .required = fallback == nullptr};
+}
+constexpr std::uint32_t byteCounts(std::initializer_list<int> counts) {
+  std::uint32_t mask = 0;
+  for (int n : counts) mask |= 1u << n;
+  return mask;
+}
+
+// User memory: blockSize bytes a block, blockCount blocks. The loader pads a short memory
+// text with zeros up to blockSize * blockCount bytes.
+constexpr KeySpec blockSize(const char* fallback) {
+  return {.name = "blockSize", .kind = ValueKind::Integer, .min = 1, .max = 32, .fallback = fallback};
+}
+constexpr KeySpec blockCount(const char* fallback) {
+  return {.name = "blockCount", .kind = ValueKind::Integer, .min = 1, .max = 65536, .fallback = fallback};
+}
+constexpr KeySpec kMemory{.name = "memory", .kind = ValueKind::HexMemory, .fallback = ""};
+constexpr KeySpec kLockedBlocks{.name = "lockedBlocks", .kind = ValueKind::IndexList, .fallback = "[]"};
+
+constexpr KeySpec kIso15693[] = {
+    hexKey("uid", 8), hexKey("dsfid", 1, "00"), hexKey("afi", 1, "00"),
+    blockSize("4"), blockCount("64"), kMemory, kLockedBlocks,
+};
+constexpr KeySpec kIso14443A[] = {
+    {.name = "uid", .kind = ValueKind::Hex, .required = true, .sizes = byteCounts({4, 7, 10})},
+    hexKey("atqa", 2), hexKey("sak", 1),
+    blockSize("4"), blockCount("16"), kMemory,
+};
+constexpr KeySpec kTopaz[] = {
+    {.name = "uid", .kind = ValueKind::Hex, .required = true, .sizes = byteCounts({4, 7})},
+    hexKey("hr0", 1, "11"), hexKey("hr1", 1, "48"), hexKey("atqa", 2, "0C00"),
+    blockSize("8"), blockCount("15"), kMemory,
+};
+constexpr KeySpec kIso14443B[] = {
+    hexKey("pupi", 4), hexKey("applicationData", 4, "00000000"), hexKey("protocolInfo", 3, "008171"),
+    hexKey("afi", 1, "00"),
+    blockSize("4"), blockCount("64"), kMemory,
+};
+constexpr KeySpec kPdy[] = {
+    hexKey("uid", 8),
+    blockSize("4"), blockCount("128"), kMemory, kLockedBlocks,
+};
+constexpr KeySpec kFelica[] = {
+    hexKey("idm", 8), hexKey("pmm", 8), hexKey("systemCode", 2, "12FC"),
+    blockSize("16"), blockCount("14"), kMemory,
+};
+
+// Every kind answers through the base class until its family's class takes the row over.
+std::unique_ptr<Tag> makeTag(TagSetup setup) { return std::make_unique<Tag>(std::move(setup)); }
+
+constexpr std::array kKinds{
+    TagKind{"iso15693", Air::Iso15693, kIso15693, makeTag},
+    TagKind{"iso14443a", Air::Iso14443A, kIso14443A, makeTag},
+    TagKind{"topaz", Air::Iso14443A, kTopaz, makeTag},
+    TagKind{"iso14443b", Air::Iso14443B, kIso14443B, makeTag},
+    TagKind{"pdy", Air::Iso14443B, kPdy, makeTag},
+    TagKind{"felica", Air::Felica, kFelica, makeTag},
+};
+
+}  // namespace
+
+std::span<const TagKind> tagKinds() { return kKinds; }
+
+const TagKind* findTagKind(std::string_view type) {
+  for (const TagKind& kind : kKinds)
+    if (type == kind.type) return &kind;
+  return nullptr;
+}
+
+}  // namespace sim
