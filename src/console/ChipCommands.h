@@ -27,6 +27,15 @@ enum class DataBox {
   Register,  // 09: the register data, appended by the write options
 };
 
+// The frame beside the generic panel that a command brings with it.
+enum class SideFrame {
+  None,
+  ReadRegister,   // fraCmd08SelectRegister and the register map
+  WriteRegister,  // fraCmd09SelectRegister and the register map
+  BaudRate,       // FraCommandCode0Abaudrate and the UART notice
+  TimeInterval,   // chkCommandCode0FTimeIntervalOption: box 3 and the length follow it
+};
+
 inline constexpr std::size_t kGenericBoxes = 5;  // txtCodeXXFrame 0 to 4
 
 struct ChipCommand {
@@ -41,6 +50,8 @@ struct ChipCommand {
   DataBox data;
   std::string_view dataLabel;   // caption of the data box
   std::array<std::string_view, kGenericBoxes> boxLabels;  // lblCmdCodeXX 0 to 4
+  SideFrame side = SideFrame::None;
+  unsigned openBoxes = 0;  // bit n: box n open for editing (all others read-only)
 };
 
 inline constexpr std::string_view kCommandCode = "command code";
@@ -62,13 +73,15 @@ inline constexpr std::array<ChipCommand, 15> kCommands{{
     {"07", " 07 : Idle ", "command code 07 : Idle", true, "07 0E 08 04 00 04 00 18 00 00 00 00 00 00 00 00",
      FramePanel::Idle, 0, 0, DataBox::None, "", {}},
     {"08", " 08 : RdReg ", "command code 08 : RdReg", true, "08 03 62 01 00", FramePanel::Generic, 5, 5,
-     DataBox::None, "", {kCommandCode, kLengthOfData, "Register Address", "Register size", "KQ Reserved"}},
+     DataBox::None, "", {kCommandCode, kLengthOfData, "Register Address", "Register size", "KQ Reserved"},
+     SideFrame::ReadRegister},
     {"09", " 09 : WrReg ", "command code 09 : WrReg", true, "09 03 68 00 01", FramePanel::Generic, 5, 5,
      DataBox::Register, "<RegData> : Registers DATA to be written",
      {kCommandCode, kLengthOfData, "Analog Register Configuration address index",
-      "Flag increment address after write command", "Index"}},
+      "Flag increment address after write command", "Index"},
+     SideFrame::WriteRegister},
     {"0A", " 0A : BaudRate ", "command code 0A : Set UART baud rate", true, "0A 01 00", FramePanel::Generic, 3, 3,
-     DataBox::None, "", {kCommandCode, kLengthOfData, "<BaudRate>", "", ""}},
+     DataBox::None, "", {kCommandCode, kLengthOfData, "<BaudRate>", "", ""}, SideFrame::BaudRate, 1u << 2},
     {"0B", " 0B : SubFreqRes ", "command code 0B : SubFreqReq", false, "0B 00", FramePanel::Generic, 2, 2,
      DataBox::None, "", {kCommandCode, kLengthOfData, "", "", ""}},
     {"0D", "", "command code 0D : Activate / Desactivate anti-collision filter", false, "0D 00", FramePanel::Filter,
@@ -77,9 +90,10 @@ inline constexpr std::array<ChipCommand, 15> kCommands{{
      FramePanel::Generic, 4, 4, DataBox::None, "",
      {kCommandCode, kLengthOfData, "<DigTestIn> : 00 disable / 01 AnaOut", "<DigTestIn> : 00 disable / 01 AnaIn",
       ""}},
-    // Box 3 of the sleep command shows only with chkCommandCode0FTimeIntervalOption.
+    // Box 3 of the sleep command shows only with chkCommandCode0FTimeIntervalOption,
+    // which also sets the length: "02" with it, "01" without.
     {"0F", " 0F : SleepMode ", "command code 0F : SleepMode", false, "0F 02 00 00", FramePanel::Generic, 3, 4,
-     DataBox::None, "", {kCommandCode, kLengthOfData, "WU source", "TimeInterval", ""}},
+     DataBox::None, "", {kCommandCode, kLengthOfData, "WU source", "TimeInterval", ""}, SideFrame::TimeInterval},
     {"55", " 55 : Echo-code ", "command code 55 : Echo-code", true, "55", FramePanel::Generic, 1, 1, DataBox::None,
      "", {kCommandCode, "", "", "", ""}},
 }};

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "console/ChipCommands.h"
+#include "console/ProtocolSelect.h"
 
 namespace console {
 
@@ -44,6 +45,11 @@ inline constexpr std::array<std::string_view, 4> kLfoPrescalerEntries{
     " 11 : LFO prescaler 32 kHz "};
 inline constexpr std::array<std::string_view, 4> kCardClkSelEntries{" 00 : CardClkSel ", " 01 : CardClkSel ",
                                                                      " 10 : CardClkSel ", " 11 : CardClkSel "};
+// Each writes bits 6 and 7 of the panel's bit boxes txtCommand07Bits (bits 0, 1 of its value).
+inline constexpr std::array<ParameterList, 2> kIdleBitLists{{
+    {"cboWUflagsLFOprescaler", 0, 6, EntryRead::TwoBits, kLfoPrescalerEntries, 0},
+    {"cboCtrlHCardClkSel", 0, 6, EntryRead::TwoBits, kCardClkSelEntries, 0},
+}};
 
 // --- Read Register (08) -------------------------------------------------------------------
 struct ReadRegisterOption {
@@ -81,6 +87,10 @@ inline constexpr std::array<WriteRegisterOption, 4> kWriteRegisterOptions{{
     {"Reset HFO to RF", {"04", "68", "01", "07"}, WriteData::Fixed, "10"},
 }};
 inline constexpr int kWriteArcBOption = 1;
+// The length box of the sleep command follows chkCommandCode0FTimeIntervalOption.
+inline constexpr std::string_view kSleepLengthWithInterval = "02";
+inline constexpr std::string_view kSleepLengthWithoutInterval = "01";
+inline constexpr std::string_view kTimeIntervalCaption = "Enable Time Interval option byte";
 
 // --- Anti-collision filter (0D) -----------------------------------------------------------
 inline constexpr std::size_t kFilterFrameBoxes = 17;  // txtCode0DFrame 0 to 16

@@ -5,6 +5,7 @@
 #include "script/ui/frmScriptHelp.h"
 #include "script/ui/frmTL42RQ_Script.h"
 #include "iso15693/ui/frmTL42RQ_ISO15693_UI.h"
+#include "console/ui/frmTL42RQ_UserInterface.h"
 #include "shell/ui/Panel.h"
 #include "toolbox/ui/frmAbout.h"
 #include "toolbox/ui/frmMementoFile.h"
@@ -26,7 +27,7 @@ Panel* make(QWidget* parent) {
 
 // One row per panel; `nullptr` where the window is not built yet.
 const std::array<PanelRow, static_cast<std::size_t>(glob::PanelId::Count)> kPanels{{
-    {glob::PanelId::UserInterface, "frmTL42RQ_UserInterface", nullptr},
+    {glob::PanelId::UserInterface, "frmTL42RQ_UserInterface", make<frmTL42RQ_UserInterface>},
     {glob::PanelId::ISO15693, "frmTL42RQ_ISO15693_UI", make<frmTL42RQ_ISO15693_UI>},
     {glob::PanelId::ISO14443A, "frmTL42RQ_ISO14443A_UI", nullptr},
     {glob::PanelId::ISO14443B, "frmTL42RQ_ISO14443B_UI", nullptr},
