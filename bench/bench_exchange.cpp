@@ -20,12 +20,12 @@ namespace {
 using reader::Op;
 
 // Inventory of one slot after selecting ISO 15693: the commonest call of the program.
-constexpr const char* kRequest = "26010000";
+constexpr const char* kRequest = "260100";
 // The simulated board's field for these runs: one ISO 15693 tag in front of the antenna.
 constexpr const char* kField =
     R"({"board":{"present":true,"dllRevision":"0.5.0","mcuRevision":[1,4,1],"chipName":"NFC TL42RQ",)"
     R"("interfacePin":1},"antenna":{"detectLevel":31},"tags":[{"type":"iso15693","product":"VAS60E",)"
-    R"("uid":"E002223344556677","dsfid":"00","afi":"00","blockSize":4,"blockCount":64}]})";
+    R"("uid":"E002223344556677","dsfid":"00","afi":"00","blockSize":4,"blockCount":64,"memory":"E1400001"}]})";
 
 reader::FakeDriver& fakeBoard() {
   static reader::FakeDriver fake = [] {
