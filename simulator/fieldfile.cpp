@@ -177,7 +177,8 @@ std::string keyList(const std::vector<const KeySpec*>& specs) {
 // without a word.
 Json checkObject(const Json& object, const std::vector<const KeySpec*>& specs, const Path& path) {
   if (!object.is_object()) throw FieldError{path, "an object { ... } is needed, found " + describe(object)};
-  for (const auto& [key, value] : object.items()) {
+  for (const auto& item : object.items()) {
+    const std::string& key = item.key();
     const bool known = std::any_of(specs.begin(), specs.end(), [&](const KeySpec* s) { return key == s->name; });
     if (!known)
       throw FieldError{with(path, key), "unknown key \"" + key + "\"; the keys here are " + keyList(specs)};
@@ -251,10 +252,12 @@ std::unique_ptr<Tag> buildTag(const Json& entry, const Path& path) {
 FieldContents build(const Json& root) {
   if (!root.is_object())
     throw FieldError{{}, "the field must be one JSON object { \"board\": ..., \"tags\": [...] }, found " + describe(root)};
-  for (const auto& [key, value] : root.items())
+  for (const auto& item : root.items()) {
+    const std::string& key = item.key();
     if (std::find_if(std::begin(kTopKeys), std::end(kTopKeys), [&](const char* k) { return key == k; }) ==
         std::end(kTopKeys))
       throw FieldError{{key}, "unknown key \"" + key + "\"; the keys here are board, antenna, tags"};
+  }
 
   const auto member = [&](const char* key) { return root.contains(key) ? root[key] : Json::object(); };
   FieldContents field;
