@@ -1,6 +1,7 @@
 #include "simulator/board.h"
 
 #include "simulator/control.h"
+#include "simulator/tags/iso15693.h"
 
 namespace sim {
 
@@ -133,6 +134,9 @@ std::int32_t Board::kqCmd(const char* frame, char* answer) {
     if (mode != "01" && mode != "02") return answerText(Result::InvalidLength);
     const auto bytes = hex::toBytes(std::string_view(text).substr(2));
     if (!bytes) return answerText(Result::InvalidLength);
+    // Mode 02 addresses the board's controller rather than the chip: its ISO 15693
+    // anticollision (A0) runs the slot sequence itself and answers the tags it found.
+    if (mode == "02") return iso15693ControllerCommand(*bytes, chip_.protocol(), field_.contents());
     return chip_.execute(*bytes, field_.contents());
   });
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "common/crc.h"
+#include "simulator/tags/iso15693.h"
 
 namespace sim {
 
@@ -149,10 +150,14 @@ std::string Chip::sendRecv(const hex::Bytes& data, FieldContents& field) {
   if (replies.empty()) return error(Result::NoTag);
   // Tags that answer the same bytes at the same time are one clean answer on the air.
   const bool allSame = std::all_of(replies.begin(), replies.end(), [&](const hex::Bytes& r) { return r == replies[0]; });
-  if (!allSame) return error(Result::CommunicationError);
+  // ISO 15693 readers hear colliding answers superposed and report them with the collision
+  // mark; the other protocols stop at a communication error.
+  if (!allSame && air != Air::Iso15693) return error(Result::CommunicationError);
+  const hex::Bytes heard = allSame ? replies[0] : superposeIso15693(replies);
 
-  hex::Bytes answer = replies[0];
-  answer.push_back(airCrcMatches(air, replies[0]) ? 0x00 : kTailCrcError);
+  hex::Bytes answer = heard;
+  answer.push_back(static_cast<std::uint8_t>((allSame ? 0x00 : kTailCollision) |
+                                             (airCrcMatches(air, heard) ? 0x00 : kTailCrcError)));
   if (answer.size() > kMaxAnswerData) return error(Result::BufferOverflow);
   return answerText(Result::TagAnswer, answer);
 }

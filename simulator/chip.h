@@ -32,6 +32,9 @@ std::string answerText(Result result, const hex::Bytes& data = {});
 
 // Last byte of a Send Receive answer ("protocol result"): 00 for a good reception.
 inline constexpr std::uint8_t kTailCrcError = 0x02;  // the tag's CRC does not match its frame
+// ISO 15693 tags that answered different bytes in one slot: the chip passes on what it
+// heard, their bits on top of each other, with this mark (their CRC then fails too).
+inline constexpr std::uint8_t kTailCollision = 0x01;
 
 // Reader and card protocols of command 02.
 struct ProtocolRow {

@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "simulator/tags/iso15693.h"
+
 namespace sim {
 
 namespace {
@@ -30,6 +32,10 @@ constexpr KeySpec kLockedBlocks{.name = "lockedBlocks", .kind = ValueKind::Index
 constexpr KeySpec kIso15693[] = {
     hexKey("uid", 8), hexKey("dsfid", 1, "00"), hexKey("afi", 1, "00"),
     blockSize("4"), blockCount("64"), kMemory, kLockedBlocks,
+    // Written only when set, so that a plain entry dumps as it was loaded.
+    {.name = "afiLocked", .kind = ValueKind::Bool},
+    {.name = "dsfidLocked", .kind = ValueKind::Bool},
+    {.name = "icReference", .kind = ValueKind::Hex, .min = 1, .max = 1},
 };
 constexpr KeySpec kIso14443A[] = {
     {.name = "uid", .kind = ValueKind::Hex, .required = true, .sizes = byteCounts({4, 7, 10})},
@@ -59,7 +65,7 @@ constexpr KeySpec kFelica[] = {
 std::unique_ptr<Tag> makeTag(TagSetup setup) { return std::make_unique<Tag>(std::move(setup)); }
 
 constexpr std::array kKinds{
-    TagKind{"iso15693", Air::Iso15693, kIso15693, makeTag},
+    TagKind{"iso15693", Air::Iso15693, kIso15693, makeIso15693Tag},
     TagKind{"iso14443a", Air::Iso14443A, kIso14443A, makeTag},
     TagKind{"topaz", Air::Iso14443A, kTopaz, makeTag},
     TagKind{"iso14443b", Air::Iso14443B, kIso14443B, makeTag},

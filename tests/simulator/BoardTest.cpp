@@ -179,10 +179,11 @@ TEST_F(BoardTest, KqCmdRunsChipCommandsBehindTheModeField) {
   EXPECT_EQ(kq("01090460011800"), (Reply{0, "0000"}));
 }
 
-TEST_F(BoardTest, KqCmdModeTwoIsAnsweredLikeModeOne) {
-  EXPECT_EQ(kq("020803620100"), (Reply{0, "000100"}));
-  // The controller's own anticollision has no row yet: the chip does not know code A0.
-  EXPECT_EQ(kq("02A00126"), (Reply{0, "8200"}));
+TEST_F(BoardTest, KqCmdModeTwoGoesToTheController) {
+  // The controller knows its ISO 15693 anticollision alone; chip commands go with mode 01.
+  EXPECT_EQ(kq("020803620100"), (Reply{0, "8200"}));
+  // Without ISO 15693 selected on the chip no tag is reached.
+  EXPECT_EQ(kq("02A00126"), (Reply{0, "8700"}));
 }
 
 TEST_F(BoardTest, GarbageRequestsAreAnsweredWithInvalidLength) {

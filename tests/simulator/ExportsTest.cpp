@@ -77,7 +77,9 @@ TEST_F(ExportsTest, EveryOperationGivesItsAnswer) {
   EXPECT_EQ(answer("TL42RQDll_Idn"), (Reply{0, "000C4E464320544C34325251E3D4"}));
   EXPECT_EQ(answer("TL42RQDll_Echo"), (Reply{0, "5500"}));
   EXPECT_EQ(request("TL42RQDll_Select", "010D"), (Reply{0, "0000"}));
-  EXPECT_EQ(request("TL42RQDll_SendReceive", "260100"), (Reply{0, "8700"}));
+  // The ISO 15693 tag of the fixture field answers the one-slot inventory: flags, DSFID, UID
+  // least significant byte first, CRC, and the chip's tail 00.
+  EXPECT_EQ(request("TL42RQDll_SendReceive", "260100"), (Reply{0, "800D000078563412002A02E0F43D00"}));
   EXPECT_EQ(request("TL42RQDll_KQCmd", "010803620100"), (Reply{0, "000100"}));
   EXPECT_EQ(answer("TL42RQDll_FieldOff"), (Reply{0, "0000"}));
   EXPECT_EQ(answer("TL42RQDll_ResetSPI"), (Reply{0, "0000"}));
