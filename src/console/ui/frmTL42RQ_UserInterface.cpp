@@ -170,18 +170,31 @@ QString frmTL42RQ_UserInterface::entryOf(std::string_view code) {
 // --- building --------------------------------------------------------------------------------
 
 QWidget* frmTL42RQ_UserInterface::buildReplyBoxes(SendPanel panel, QWidget* parent, const QString& suffix) {
+  // The boxes of each send action, by their names.
+  struct ReplyNames {
+    const char* request;
+    const char* answer;
+    const char* explain;
+  };
+  static constexpr std::array<ReplyNames, 4> kNames{{
+      {"txtCommandCodeXXRequest", "txtCommandCodeXXAnswer", "txtCommandCodeXXAnswerExplain"},
+      {"txtCommandCode02Request", "txtCommandCode02Answer", "txtCommandCode02AnswerExplain"},
+      {"txtCommandCode07Request", "txtCommandCode07Answer", "txtCommandCode07AnswerExplain"},
+      {"txtCommandCode0DRequest", "txtCommandCode0DAnswer", "txtCommandCode0DAnswerExplain"},
+  }};
+  const ReplyNames& names = kNames[replyIndex(panel)];
   auto* w = new QWidget(parent);
   auto* g = new QGridLayout(w);
   g->setContentsMargins(0, 0, 0, 0);
   ReplyBoxes& r = replies_[replyIndex(panel)];
   g->addWidget(makeLabel(w, QStringLiteral("lblRequest") + suffix, QStringLiteral("Request : ")), 0, 0);
-  r.request = makeOutput(w, QStringLiteral("txtCommandCode%1Request").arg(suffix));
+  r.request = makeOutput(w, QLatin1String(names.request));
   g->addWidget(r.request, 0, 1);
   g->addWidget(makeLabel(w, QStringLiteral("lblAnswer") + suffix, QStringLiteral("Answer : ")), 1, 0);
-  r.answer = makeOutput(w, QStringLiteral("txtCommandCode%1Answer").arg(suffix));
+  r.answer = makeOutput(w, QLatin1String(names.answer));
   g->addWidget(r.answer, 1, 1);
   for (std::size_t i = 0; i < console::explainBoxes(panel); ++i) {
-    QLineEdit* e = makeOutput(w, QStringLiteral("txtCommandCode%1AnswerExplain_%2").arg(suffix).arg(i));
+    QLineEdit* e = makeOutput(w, indexed(names.explain, static_cast<int>(i)));
     e->hide();
     r.explain.push_back(e);
     g->addWidget(e, static_cast<int>(2 + i), 1);
@@ -545,21 +558,18 @@ void frmTL42RQ_UserInterface::buildFilterPanel() {
   }
   // Captions under the boxes: code, length, ATQA over two boxes, SAK, then four boxes a
   // UID cascade level.
-  const std::array<std::pair<QString, QString>, 4> byteLabels{{
-      {QStringLiteral("lblCmd0DByte_0"), qs(chip::kCommandCode)},
-      {QStringLiteral("lblCmd0DByte_1"), qs(chip::kLengthOfData)},
-      {QStringLiteral("lblCmd0DByte_2"), qs(console::kAtqaLabel)},
-      {QStringLiteral("lblCmd0DByte_3"), qs(console::kSakLabel)},
-  }};
+  const std::array<QString, 4> byteLabels{qs(chip::kCommandCode), qs(chip::kLengthOfData), qs(console::kAtqaLabel),
+                                          qs(console::kSakLabel)};
   const std::array<std::pair<int, int>, 4> byteSpans{{{0, 1}, {1, 1}, {2, 2}, {4, 1}}};
   for (std::size_t i = 0; i < byteLabels.size(); ++i) {
-    label0D_[i] = makeBoxCaption(fra0D_, byteLabels[i].first, byteLabels[i].second);
+    label0D_[i] = makeBoxCaption(fra0D_, indexed("lblCmd0DByte", static_cast<int>(i)), byteLabels[i]);
     if (i < 2) label0D_[i]->setFixedWidth(44);
     grid->addWidget(label0D_[i], 1, byteSpans[i].first, 1, byteSpans[i].second);
   }
   for (std::size_t k = 0; k < uidLevel_.size(); ++k) {
-    uidLevel_[k] = makeBoxCaption(fra0D_, QStringLiteral("lblUIDcascadelevel%1").arg(k + 1),
-                                  qs(console::kUidLevelLabels[k]));
+    static constexpr std::array<const char*, 3> kUidNames{"lblUIDcascadelevel1", "lblUIDcascadelevel2",
+                                                          "lblUIDcascadelevel3"};
+    uidLevel_[k] = makeBoxCaption(fra0D_, QLatin1String(kUidNames[k]), qs(console::kUidLevelLabels[k]));
     grid->addWidget(uidLevel_[k], 1, console::kUidLevelFirstBox[k], 1, 4);
   }
   grid->setColumnStretch(static_cast<int>(console::kFilterFrameBoxes), 1);
