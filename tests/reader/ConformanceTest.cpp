@@ -218,6 +218,40 @@ TYPED_TEST(DriverConformance, ConfigurationWritesAreAccepted) {
   }
 }
 
+// A driver that also keeps the status of each call.
+class StatusRecorder final : public reader::ReaderDriver {
+ public:
+  explicit StatusRecorder(reader::ReaderDriver& inner) : inner_(inner) {}
+  std::int32_t call(Op op, const char* request, char* answer) override {
+    const std::int32_t status = inner_.call(op, request, answer);
+    statuses.push_back(status);
+    return status;
+  }
+  std::string description() const override { return inner_.description(); }
+  std::vector<std::int32_t> statuses;
+
+ private:
+  reader::ReaderDriver& inner_;
+};
+
+TYPED_TEST(DriverConformance, EveryReconnectSendsItsStepsAndEachReachesTheBoard) {
+  using K = reader::ReconnectKind;
+  for (K kind : {K::Plain, K::Script14443A, K::Script14443B, K::Iso15693, K::Iso15693Fast, K::Iso14443A,
+                 K::Iso14443ATopaz, K::Iso14443BPanel, K::Iso14443BTools, K::Iso18092}) {
+    StatusRecorder statuses(this->driver());
+    RecordingDriver rec(statuses);
+    glob::state().statusPanel1 = glob::kBoardNotConnected;
+    EXPECT_EQ(reader::reconnectBoard(rec, kind), 0);
+    std::vector<std::string> expected{"TL42RQDLL_USBconnect:", "TL42RQDLL_USBhandlecheck:"};
+    for (const auto& step : reader::reconnectSteps(kind))
+      expected.push_back(std::string(reader::info(step.op).symbol) + ":" + step.request);
+    EXPECT_EQ(rec.trail, expected);
+    // Status 0: the exchange with the board took place, whatever the chip made of the text.
+    EXPECT_EQ(statuses.statuses, std::vector<std::int32_t>(expected.size(), 0));
+    EXPECT_EQ(glob::state().statusPanel1, glob::kBoardConnected);
+  }
+}
+
 TYPED_TEST(DriverConformance, UnpluggedBoardAnswersFiveWithNothingInTheBuffer) {
   this->board_.setPresent(false);
   for (const auto& op : reader::kOperations) {
