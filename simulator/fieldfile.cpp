@@ -78,13 +78,13 @@ bool printable(const std::string& text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return c >= 0x20 && c <= 0x7E; });
 }
 
-std::string byteCountText(const KeySpec& spec) {
-  if (spec.sizes == 0)
-    return spec.min == spec.max ? std::to_string(spec.min)
-                                : std::to_string(spec.min) + " to " + std::to_string(spec.max);
+std::string byteCountText(const KeySpec& rule) {
+  if (rule.sizes == 0)
+    return rule.min == rule.max ? std::to_string(rule.min)
+                                : std::to_string(rule.min) + " to " + std::to_string(rule.max);
   std::vector<std::string> counts;
   for (int n = 0; n < 32; ++n)
-    if (spec.sizes & (1u << n)) counts.push_back(std::to_string(n));
+    if (rule.sizes & (1u << n)) counts.push_back(std::to_string(n));
   std::string out;
   for (std::size_t i = 0; i < counts.size(); ++i)
     out += (i == 0 ? "" : i + 1 == counts.size() ? " or " : ", ") + counts[i];
@@ -108,28 +108,28 @@ std::string checkHex(const Json& value, const Path& path) {
   return digits;
 }
 
-Json checkValue(const Json& value, const KeySpec& spec, const Path& path) {
-  switch (spec.kind) {
+Json checkValue(const Json& value, const KeySpec& rule, const Path& path) {
+  switch (rule.kind) {
     case ValueKind::Bool:
       if (!value.is_boolean()) throw FieldError{path, "true or false is needed, found " + describe(value)};
       return value;
     case ValueKind::Text: {
       if (!value.is_string()) throw FieldError{path, "a text is needed, found " + describe(value)};
       const std::string& text = value.get_ref<const std::string&>();
-      if (static_cast<long>(text.size()) < spec.min || static_cast<long>(text.size()) > spec.max)
-        throw FieldError{path, "a text of " + std::to_string(spec.min) + " to " + std::to_string(spec.max) +
+      if (static_cast<long>(text.size()) < rule.min || static_cast<long>(text.size()) > rule.max)
+        throw FieldError{path, "a text of " + std::to_string(rule.min) + " to " + std::to_string(rule.max) +
                                    " characters is needed, found " + std::to_string(text.size())};
       if (!printable(text)) throw FieldError{path, "only printable ASCII characters are allowed"};
       return value;
     }
     case ValueKind::Integer:
-      if (!wholeNumber(value) || value.get<long long>() < spec.min || value.get<long long>() > spec.max)
-        throw FieldError{path, "a whole number from " + std::to_string(spec.min) + " to " +
-                                   std::to_string(spec.max) + " is needed, found " + describe(value)};
+      if (!wholeNumber(value) || value.get<long long>() < rule.min || value.get<long long>() > rule.max)
+        throw FieldError{path, "a whole number from " + std::to_string(rule.min) + " to " +
+                                   std::to_string(rule.max) + " is needed, found " + describe(value)};
       return value;
     case ValueKind::ByteList: {
-      if (!value.is_array() || static_cast<long>(value.size()) > spec.max)
-        throw FieldError{path, "a list of at most " + std::to_string(spec.max) +
+      if (!value.is_array() || static_cast<long>(value.size()) > rule.max)
+        throw FieldError{path, "a list of at most " + std::to_string(rule.max) +
                                    " numbers from 0 to 255 is needed, found " + describe(value)};
       for (std::size_t i = 0; i < value.size(); ++i)
         if (!wholeNumber(value[i]) || value[i].get<long long>() < 0 || value[i].get<long long>() > 255)
@@ -147,11 +147,11 @@ Json checkValue(const Json& value, const KeySpec& spec, const Path& path) {
     case ValueKind::Hex: {
       const std::string digits = checkHex(value, path);
       const std::size_t bytes = digits.size() / 2;
-      const bool fits = spec.sizes != 0 ? bytes < 32 && (spec.sizes & (1u << bytes)) != 0
-                                        : static_cast<long>(bytes) >= spec.min && static_cast<long>(bytes) <= spec.max;
+      const bool fits = rule.sizes != 0 ? bytes < 32 && (rule.sizes & (1u << bytes)) != 0
+                                        : static_cast<long>(bytes) >= rule.min && static_cast<long>(bytes) <= rule.max;
       if (!fits)
-        throw FieldError{path, "hexadecimal text of " + byteCountText(spec) +
-                                   (spec.max == 1 && spec.sizes == 0 ? " byte" : " bytes") + " is needed, found " +
+        throw FieldError{path, "hexadecimal text of " + byteCountText(rule) +
+                                   (rule.max == 1 && rule.sizes == 0 ? " byte" : " bytes") + " is needed, found " +
                                    std::to_string(bytes)};
       return digits;
     }
@@ -161,45 +161,45 @@ Json checkValue(const Json& value, const KeySpec& spec, const Path& path) {
   return value;
 }
 
-Json fallbackOf(const KeySpec& spec) {
-  const bool plainText = spec.kind == ValueKind::Text || spec.kind == ValueKind::Hex || spec.kind == ValueKind::HexMemory;
-  return plainText ? Json(spec.fallback) : Json::parse(spec.fallback);
+Json fallbackOf(const KeySpec& rule) {
+  const bool plainText = rule.kind == ValueKind::Text || rule.kind == ValueKind::Hex || rule.kind == ValueKind::HexMemory;
+  return plainText ? Json(rule.fallback) : Json::parse(rule.fallback);
 }
 
-std::string keyList(const std::vector<const KeySpec*>& specs) {
+std::string keyList(const std::vector<const KeySpec*>& rules) {
   std::string out;
-  for (const KeySpec* spec : specs) out += (out.empty() ? "" : ", ") + std::string(spec->name);
+  for (const KeySpec* rule : rules) out += (out.empty() ? "" : ", ") + std::string(rule->name);
   return out;
 }
 
 // Checks an object against its keys and returns it with its keys in table order and the
 // defaults filled in. Unknown keys are refused: a misspelt key would otherwise be ignored
 // without a word.
-Json checkObject(const Json& object, const std::vector<const KeySpec*>& specs, const Path& path) {
+Json checkObject(const Json& object, const std::vector<const KeySpec*>& rules, const Path& path) {
   if (!object.is_object()) throw FieldError{path, "an object { ... } is needed, found " + describe(object)};
   for (const auto& item : object.items()) {
     const std::string& key = item.key();
-    const bool known = std::any_of(specs.begin(), specs.end(), [&](const KeySpec* s) { return key == s->name; });
+    const bool known = std::any_of(rules.begin(), rules.end(), [&](const KeySpec* s) { return key == s->name; });
     if (!known)
-      throw FieldError{with(path, key), "unknown key \"" + key + "\"; the keys here are " + keyList(specs)};
+      throw FieldError{with(path, key), "unknown key \"" + key + "\"; the keys here are " + keyList(rules)};
   }
   Json out = Json::object();
-  for (const KeySpec* spec : specs) {
-    const auto it = object.find(spec->name);
+  for (const KeySpec* rule : rules) {
+    const auto it = object.find(rule->name);
     if (it != object.end())
-      out[spec->name] = checkValue(*it, *spec, with(path, spec->name));
-    else if (spec->required)
-      throw FieldError{path, "the key \"" + std::string(spec->name) + "\" is missing"};
-    else if (spec->fallback)
-      out[spec->name] = fallbackOf(*spec);
+      out[rule->name] = checkValue(*it, *rule, with(path, rule->name));
+    else if (rule->required)
+      throw FieldError{path, "the key \"" + std::string(rule->name) + "\" is missing"};
+    else if (rule->fallback)
+      out[rule->name] = fallbackOf(*rule);
   }
   return out;
 }
 
 template <std::size_t N>
-std::vector<const KeySpec*> specsOf(const KeySpec (&table)[N]) {
+std::vector<const KeySpec*> rulesOf(const KeySpec (&table)[N]) {
   std::vector<const KeySpec*> out;
-  for (const KeySpec& spec : table) out.push_back(&spec);
+  for (const KeySpec& rule : table) out.push_back(&rule);
   return out;
 }
 
@@ -220,9 +220,9 @@ std::unique_ptr<Tag> buildTag(const Json& entry, const Path& path) {
     throw FieldError{with(path, "type"),
                      "unknown tag type \"" + type->get<std::string>() + "\"; the types are " + kindList()};
 
-  std::vector<const KeySpec*> specs = specsOf(kTagCommonKeys);
-  for (const KeySpec& spec : kind->keys) specs.push_back(&spec);
-  TagSetup setup{kind->type, kind->air, checkObject(entry, specs, path), 0, 0, {}};
+  std::vector<const KeySpec*> rules = rulesOf(kTagCommonKeys);
+  for (const KeySpec& rule : kind->keys) rules.push_back(&rule);
+  TagSetup setup{kind->type, kind->air, checkObject(entry, rules, path), 0, 0, {}};
   Json& checked = setup.entry;
 
   if (checked.contains("blockSize")) {
@@ -261,14 +261,14 @@ FieldContents build(const Json& root) {
 
   const auto member = [&](const char* key) { return root.contains(key) ? root[key] : Json::object(); };
   FieldContents field;
-  const Json board = checkObject(member("board"), specsOf(kBoardKeys), {std::string("board")});
+  const Json board = checkObject(member("board"), rulesOf(kBoardKeys), {std::string("board")});
   field.board.present = board["present"].get<bool>();
   field.board.dllRevision = board["dllRevision"].get<std::string>();
   for (const Json& element : board["mcuRevision"]) field.board.mcuRevision.push_back(element.get<std::uint8_t>());
   field.board.chipName = board["chipName"].get<std::string>();
   field.board.interfacePin = board["interfacePin"].get<int>();
 
-  const Json antenna = checkObject(member("antenna"), specsOf(kAntennaKeys), {std::string("antenna")});
+  const Json antenna = checkObject(member("antenna"), rulesOf(kAntennaKeys), {std::string("antenna")});
   field.antenna.detectLevel = antenna["detectLevel"].get<int>();
 
   if (root.contains("tags")) {
