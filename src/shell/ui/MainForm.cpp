@@ -7,6 +7,7 @@
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenuBar>
+#include <QScreen>
 #include <QStatusBar>
 #include <cstdlib>
 #include <memory>
@@ -134,6 +135,8 @@ void MainForm::load(bool runDetection) {
   fileDialogDirectory_ = QString::fromStdString(shell::programDirectory());
   g.iso14443AModulationGain = "D1";
   move(0, 0);
+  // Without a window manager (a bare X server) maximising does nothing: take the screen.
+  if (screen()) resize(screen()->availableGeometry().size());
   setWindowState(windowState() | Qt::WindowMaximized);
   g.backgroundColor = "&h" + reader::hexPadWidth8(colourNumber(mdi_->background().color()), 8);
   shell::readUsageFile();
