@@ -178,6 +178,7 @@ MemoryPageView::MemoryPageView(pageview::Variant variant, Host host, QWidget* pa
   mskFillPage_ = new MaskedEdit("mskFillPage", fraPageWrite_);
   mskFillPage_->setHexPlaces(2);
   mskFillPage_->setFont(font);
+  mskFillPage_->setFixedWidth(48);
   cmdWriteUser_ = new QPushButton("Write", fraPageWrite_);
   cmdWriteUser_->setObjectName("cmdWriteUser");
   cmdWriteTest_ = new QPushButton("Write", fraPageWrite_);
@@ -191,7 +192,10 @@ MemoryPageView::MemoryPageView(pageview::Variant variant, Host host, QWidget* pa
   grid->addWidget(cmdWriteTest_, 18, 2);
   grid->addWidget(cmdCancelWriteTest_, 18, 3);
   fraPageWrite_->setVisible(false);
+  fraPageWrite_->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
   layout->addWidget(fraPageWrite_);
+  // With the list hidden the grid keeps its own height; the rest stays empty below.
+  layout->addStretch(0);
 
   connect(mskFillPage_, &QLineEdit::textChanged, this, [this] { mskFillPage_Change(); });
   connect(cmdWriteUser_, &QPushButton::clicked, this, &MemoryPageView::writeClicked);

@@ -41,6 +41,7 @@ constexpr const char* kWindowTitle = "ISO15693 Tags : ";
 constexpr const char* kSelectTitle = "TL42RQ CONFIGURATION : ISO15693 10% High Datarate One Subcarrier";
 constexpr const char* kSelectParameters = "010D";
 constexpr const char* kNoTransponderUid = "No transponder UID";
+constexpr int kByteBoxWidth = 36;  // a box for two hexadecimal digits
 
 std::function<void()>& applicationEnd() {
   static std::function<void()> end = [] {
@@ -189,10 +190,12 @@ void frmTL42RQ_ISO15693_UI::buildControls() {
                                               FraInventoryOptions);
     txtInventoryOptionalAFI->setText("00");
     txtInventoryOptionalAFI->setMaxLength(2);
+    txtInventoryOptionalAFI->setFixedWidth(kByteBoxWidth);
     opts->addWidget(optInventorySlot[0], 0, 0);
     opts->addWidget(optInventorySlot[1], 0, 1);
     opts->addWidget(chkInventoryAFIOptions, 1, 0);
     opts->addWidget(txtInventoryOptionalAFI, 1, 1);
+    opts->setColumnStretch(2, 1);
     grid->addWidget(FraInventoryOptions, 0, 0);
 
     FraInventoryParameters = group("FraInventoryParameters", " Inventory Parameters", page);
@@ -202,19 +205,24 @@ void frmTL42RQ_ISO15693_UI::buildControls() {
                                              FraInventoryParameters);
     txtInventoryMaskLenght->setText("00");
     txtInventoryMaskLenght->setMaxLength(2);
+    txtInventoryMaskLenght->setFixedWidth(kByteBoxWidth);
     lblInventoryMaskValue = label("lblInventoryMaskValue", "Mask Value", FraInventoryParameters);
     params->addWidget(lblInventoryMaskLenght, 0, 0);
-    params->addWidget(txtInventoryMaskLenght, 0, 1);
+    params->addWidget(txtInventoryMaskLenght, 0, 1, Qt::AlignLeft);
     params->addWidget(lblInventoryMaskValue, 1, 0);
     // Index 0 is the rightmost box and goes first into the frame.
+    auto* maskRow = new QHBoxLayout;
+    maskRow->addStretch();
     for (int i = 0; i < 8; ++i) {
       txtInventoryMaskValue[i] = new HexLineEdit(QString("txtInventoryMaskValue_%1").arg(i),
                                                  reader::FieldKind::Hexadecimal, FraInventoryParameters);
       txtInventoryMaskValue[i]->setText("00");
       txtInventoryMaskValue[i]->setMaxLength(2);
-      txtInventoryMaskValue[i]->setFixedWidth(32);
-      params->addWidget(txtInventoryMaskValue[i], 2, 8 - i);
+      txtInventoryMaskValue[i]->setFixedWidth(kByteBoxWidth);
     }
+    for (int i = 7; i >= 0; --i) maskRow->addWidget(txtInventoryMaskValue[i]);
+    params->addLayout(maskRow, 1, 1);
+    params->setColumnStretch(1, 1);
     grid->addWidget(FraInventoryParameters, 1, 0);
 
     auto* buttons = new QHBoxLayout;
@@ -266,11 +274,13 @@ void frmTL42RQ_ISO15693_UI::buildControls() {
     txtUserAddress[0]->setToolTip("enter here the Address to Write or Read from ");
     txtUserAddress[1] = new HexLineEdit("txtUserAddress_1", reader::FieldKind::Hexadecimal, page);
     txtUserAddress[1]->setToolTip("enter here the Address to Write or Read to");
+    for (HexLineEdit* box : txtUserAddress) box->setFixedWidth(2 * kByteBoxWidth);
     addr->addWidget(lblUserAddress);
     addr->addWidget(lblUsrAddLow);
     addr->addWidget(txtUserAddress[0]);
     addr->addWidget(lblUsrAddHigh);
     addr->addWidget(txtUserAddress[1]);
+    addr->addStretch();
     grid->addLayout(addr, 0, 0, 1, 2);
 
     auto* reads = new QVBoxLayout;
@@ -295,6 +305,7 @@ void frmTL42RQ_ISO15693_UI::buildControls() {
     txtLOOPnumber = new HexLineEdit("txtLOOPnumber", reader::FieldKind::Decimal, FraLoop);
     txtLOOPnumber->setToolTip("enter the number of LOOP");
     txtLOOPnumber->setText("0");
+    txtLOOPnumber->setFixedWidth(2 * kByteBoxWidth);
     lblLOOPnumber = label("lblLOOPnumber", "0 for infinty loop", FraLoop);
     loop->addWidget(chkUserLoop, 0, 0);
     loop->addWidget(txtLOOPnumber, 0, 1);
@@ -906,6 +917,7 @@ void frmTL42RQ_ISO15693_UI::autoLoopStep() {
     lblLOOPnumber->setVisible(false);
     chkUserLoop->setChecked(false);
     txtLOOPnumber->setText("0");
+    txtLOOPnumber->setFixedWidth(2 * kByteBoxWidth);
   } else {
     lblLoopCount->setText(QString::number(count + 1));
     txtLOOPnumber->setText(QString::number(pageview::numberOf(t) - 1));
