@@ -54,20 +54,35 @@ const ProtocolRow* findProtocol(std::uint8_t code) {
   return nullptr;
 }
 
+bool isCardProtocol(std::uint8_t code) {
+  const ProtocolRow* row = findProtocol(code);
+  return row && !row->air && row->code != Chip::kFieldOff;
+}
+
 const Chip::Command Chip::kCommands[] = {
     {0x01, "IDN", &Chip::idn},
     {0x02, "Protocol Select", &Chip::protocolSelect},
     {0x04, "SendRecv", &Chip::sendRecv},
     {0x08, "RdReg", &Chip::readRegisters},
     {0x09, "WrReg", &Chip::writeRegisters},
+    {0x03, "PollField", &Chip::pollField},
+    {0x05, "Listen", &Chip::listen},
+    {0x06, "Send", &Chip::send},
+    {0x07, "Idle", &Chip::idle},
+    {0x0A, "BaudRate", &Chip::baudRate},
+    {0x0B, "SubFreqRes", &Chip::subFrequency},
+    {0x0D, "AcFilter", &Chip::acFilter},
+    {0x0E, "TestMode", &Chip::testMode},
+    {0x0F, "SleepMode", &Chip::sleepMode},
 };
 
 void Chip::reset() {
   registers_.fill(0);
   arc_.fill(0);
-  arc_[kArcB] = kPowerOnArcB;
+  arcB_.fill(kPowerOnArcB);
   protocol_ = kFieldOff;
   parameters_.clear();
+  acFilter_.clear();
 }
 
 void Chip::powerOn(FieldContents& field) {
@@ -163,11 +178,13 @@ std::string Chip::sendRecv(const hex::Bytes& data, FieldContents& field) {
 }
 
 std::uint8_t Chip::readRegister(std::uint8_t address) const {
-  return address == kArcData ? arc_[registers_[kArcIndex]] : registers_[address];
+  return address == kArcData ? arc(registers_[kArcIndex]) : registers_[address];
 }
 
 void Chip::writeRegister(std::uint8_t address, std::uint8_t value) {
-  if (address == kArcData)
+  if (address == kArcData && registers_[kArcIndex] == kArcB)
+    arcB_[protocol_] = value;
+  else if (address == kArcData)
     arc_[registers_[kArcIndex]] = value;
   else
     registers_[address] = value;
@@ -197,6 +214,109 @@ std::string Chip::writeRegisters(const hex::Bytes& data, FieldContents&) {
     writeRegister(static_cast<std::uint8_t>(address), data[i]);
     if (increment) ++address;
   }
+  return answerText(Result::Ok);
+}
+
+// --- the commands beyond identification, selection, exchange and registers ----------------
+
+// Poll Field looks for the field of an outside reader: none lies in front of the simulated
+// antenna, so the answer is always "no field". Without data it looks once; with flags,
+// prescaler and timer it waits for a field, which times out the same way.
+std::string Chip::pollField(const hex::Bytes& data, FieldContents&) {
+  if (!data.empty() && data.size() != 3) return error(Result::InvalidLength);
+  return answerText(Result::Ok, {0x00});
+}
+
+// Listen needs a card protocol. Bit 3 of its parameter byte 0 says whether to wait for a
+// reader's field; told not to, the chip finds no field and says so.
+std::string Chip::listen(const hex::Bytes& data, FieldContents&) {
+  if (!data.empty()) return error(Result::InvalidLength);
+  if (!isCardProtocol(protocol_)) return error(Result::InvalidProtocol);
+  constexpr std::uint8_t kWaitForField = 0x08;
+  const bool waits = !parameters_.empty() && (parameters_[0] & kWaitForField) != 0;
+  return waits ? answerText(Result::Ok) : error(Result::NoField);
+}
+
+// Send answers a reader in card mode: one byte at least, and a card protocol.
+std::string Chip::send(const hex::Bytes& data, FieldContents&) {
+  if (data.empty()) return error(Result::InvalidLength);
+  if (!isCardProtocol(protocol_)) return error(Result::InvalidProtocol);
+  return answerText(Result::Ok);
+}
+
+int Chip::detectorLevel(const FieldContents& field) {
+  int level = field.antenna.detectLevel;
+  for (const auto& tag : field.tags)
+    if (tag->inField()) level -= kTagDetectLoad;
+  return level < 0 ? 0 : level;
+}
+
+// Idle: fourteen bytes, the wake-up sources first and the detector's band at bytes 10 and
+// 11 (frame bytes 12 and 13, DacDataL and DacDataH). The chip answers when it wakes; time
+// is simulated, so that is at once, with the reason. A tag wakes it when the detector's
+// reading lies outside the band; else the time-out does when it is a source; else the
+// board's controller brings the chip back with a pulse on IRQ_IN (or on SPI_SS when that is
+// the only source). The field is off after Idle, and register 62 keeps the reason.
+std::string Chip::idle(const hex::Bytes& data, FieldContents& field) {
+  constexpr std::size_t kIdleData = 14;
+  if (data.size() != kIdleData) return error(Result::InvalidLength);
+  constexpr std::uint8_t kSourceTimeOut = 0x01, kSourceTagDetect = 0x02, kSourceIrqIn = 0x08, kSourceNss = 0x10;
+  const std::uint8_t sources = data[0];
+  const int low = data[10];
+  const int high = data[11];
+  const int level = detectorLevel(field);
+  WakeUp reason = WakeUp::IrqIn;
+  if ((sources & kSourceTagDetect) && (level < low || level > high))
+    reason = WakeUp::TagDetect;
+  else if (sources & kSourceTimeOut)
+    reason = WakeUp::TimeOut;
+  else if ((sources & kSourceNss) && !(sources & kSourceIrqIn))
+    reason = WakeUp::SpiNss;
+  fieldOff(field);
+  registers_[kWakeUpReason] = static_cast<std::uint8_t>(reason);
+  return answerText(Result::Ok, {static_cast<std::uint8_t>(reason)});
+}
+
+// The UART's new rate takes effect after the answer, which is the pseudo-response 55 and
+// no length; over SPI nothing else changes.
+std::string Chip::baudRate(const hex::Bytes& data, FieldContents&) {
+  if (data.size() != 1) return error(Result::InvalidLength);
+  return answerText(Result::Echo);
+}
+
+// The subcarrier of the protocol in force, as the divider of 13.56 MHz: 32 (423.75 kHz)
+// for ISO 15693, 16 (847.5 kHz) for ISO 14443, 0 where there is none (FeliCa, field off,
+// card modes).
+std::string Chip::subFrequency(const hex::Bytes& data, FieldContents&) {
+  if (!data.empty()) return error(Result::InvalidLength);
+  const ProtocolRow* row = findProtocol(protocol_);
+  std::uint8_t divider = 0;
+  if (row && row->air == Air::Iso15693) divider = 32;
+  if (row && (row->air == Air::Iso14443A || row->air == Air::Iso14443B)) divider = 16;
+  return answerText(Result::Ok, {divider});
+}
+
+// The anti-collision filter of the ISO 14443-A card emulation: no data turns it off;
+// ATQA (2), SAK and a UID of one, two or three cascade levels (4 bytes each) turn it on.
+std::string Chip::acFilter(const hex::Bytes& data, FieldContents&) {
+  if (data.empty()) {
+    acFilter_.clear();
+    return answerText(Result::Ok);
+  }
+  if (data.size() != 7 && data.size() != 11 && data.size() != 15) return error(Result::InvalidLength);
+  acFilter_ = data;
+  return answerText(Result::Ok);
+}
+
+// Two bytes: the analogue test output and input, 00 off, 01 on.
+std::string Chip::testMode(const hex::Bytes& data, FieldContents&) {
+  if (data.size() != 2) return error(Result::InvalidLength);
+  return answerText(Result::Ok);
+}
+
+// The wake-up source, and optionally a time interval.
+std::string Chip::sleepMode(const hex::Bytes& data, FieldContents&) {
+  if (data.size() != 1 && data.size() != 2) return error(Result::InvalidLength);
   return answerText(Result::Ok);
 }
 

@@ -25,6 +25,7 @@ enum class Result : std::uint8_t {
   CommunicationError = 0x86,
   NoTag = 0x87,            // frame wait time-out: no tag answered, or no reader protocol is on
   BufferOverflow = 0x89,   // the tag's answer would not fit the answer buffer
+  NoField = 0x8F,          // Listen in a card protocol that must not wait for a reader's field
 };
 
 // The answer "RRLL" + data: result code, length, data.
@@ -45,6 +46,16 @@ struct ProtocolRow {
   bool transmissionFlag;          // Send Receive frames end in the transmission flag byte
 };
 const ProtocolRow* findProtocol(std::uint8_t code);
+// The card (listening) protocols: ISO 14443-A, ISO 14443-B and ISO 18092 card emulation.
+bool isCardProtocol(std::uint8_t code);
+
+// Why the chip left Idle, as its answer and register 62 give it.
+enum class WakeUp : std::uint8_t {
+  TimeOut = 0x01,
+  TagDetect = 0x02,
+  IrqIn = 0x08,  // a low pulse on IRQ_IN
+  SpiNss = 0x10, // a low pulse on SPI_SS
+};
 
 class Chip {
  public:
@@ -66,7 +77,14 @@ class Chip {
   std::uint8_t protocol() const { return protocol_; }
   const hex::Bytes& protocolParameters() const { return parameters_; }
   std::uint8_t readRegister(std::uint8_t address) const;
-  std::uint8_t arc(std::uint8_t index) const { return arc_[index]; }
+  // ATQA, SAK and UID of the anti-collision filter (command 0D); empty while it is off.
+  const hex::Bytes& antiCollisionFilter() const { return acFilter_; }
+  std::uint8_t arc(std::uint8_t index) const { return index == kArcB ? arcB_[protocol_] : arc_[index]; }
+  // What the tag detector reads: the antenna's level without a tag, lowered by every tag
+  // that lies in the field.
+  static int detectorLevel(const FieldContents& field);
+  // How much one tag in front of the antenna lowers the detector's reading.
+  static constexpr int kTagDetectLoad = 16;
 
  private:
   struct Command {
@@ -83,9 +101,22 @@ class Chip {
   std::string sendRecv(const hex::Bytes& data, FieldContents& field);
   std::string readRegisters(const hex::Bytes& data, FieldContents& field);
   std::string writeRegisters(const hex::Bytes& data, FieldContents& field);
+  std::string pollField(const hex::Bytes& data, FieldContents& field);
+  std::string listen(const hex::Bytes& data, FieldContents& field);
+  std::string send(const hex::Bytes& data, FieldContents& field);
+  std::string idle(const hex::Bytes& data, FieldContents& field);
+  std::string baudRate(const hex::Bytes& data, FieldContents& field);
+  std::string subFrequency(const hex::Bytes& data, FieldContents& field);
+  std::string acFilter(const hex::Bytes& data, FieldContents& field);
+  std::string testMode(const hex::Bytes& data, FieldContents& field);
+  std::string sleepMode(const hex::Bytes& data, FieldContents& field);
 
   std::array<std::uint8_t, 256> registers_{};
   std::array<std::uint8_t, 256> arc_{};  // analogue registers, by the index in 0x68
+  // ARC_B is kept for each protocol: a Protocol Select brings back the value that
+  // protocol had, and a write changes it for the protocol in force only.
+  std::array<std::uint8_t, 256> arcB_{};
+  hex::Bytes acFilter_;  // ATQA, SAK and UID the card emulation answers with; empty: off
   std::uint8_t protocol_ = kFieldOff;
   hex::Bytes parameters_;
 };

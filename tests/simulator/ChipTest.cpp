@@ -64,8 +64,8 @@ TEST_F(ChipTest, MalformedOrUnknownCommandsAnswerInvalidLength) {
   EXPECT_EQ(run("0101"), "8200");        // length 1, no data
   EXPECT_EQ(run("010000"), "8200");      // length 0, one byte of data
   EXPECT_EQ(run("0100 00"), "8200");
-  EXPECT_EQ(run("0300"), "8200");        // Poll Field is not a command of this chip model
-  EXPECT_EQ(run("070E0804000400180000000000000000"), "8200");
+  EXPECT_EQ(run("0C00"), "8200");        // 0C is no command of the chip
+  EXPECT_EQ(run("070D08040004001800000000000000"), "8200");  // Idle takes fourteen bytes
   EXPECT_EQ(run("FF00"), "8200");
 }
 
