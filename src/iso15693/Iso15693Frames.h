@@ -158,6 +158,23 @@ struct InventoryControls {
   std::array<std::string, 8> maskValues{"00", "00", "00", "00", "00", "00", "00", "00"};
 };
 
+// The inventory family: the same fields behind different codes.
+enum class InventoryCommand : std::uint8_t { Inventory, InventoryInitiated, FastInventoryInitiated, Count_ };
+struct InventoryRow {
+  InventoryCommand command;
+  const char* routine;
+  const char* title;
+  const char* code;
+  bool manufacturer;  // "02" behind the code
+};
+inline constexpr std::array<InventoryRow, static_cast<std::size_t>(InventoryCommand::Count_)> kInventoryCommands{{
+    {InventoryCommand::Inventory, "cmdInventory", "INVENTORY", "01", false},
+    {InventoryCommand::InventoryInitiated, "cmdInventoryInitiated", "INVENTORY INITIATED", "D1", true},
+    // The short title is the one the trace has always shown.
+    {InventoryCommand::FastInventoryInitiated, "sendFastInventoryInitiated", "FAST INVENTORY INITIATE", "C1", true},
+}};
+inline const InventoryRow& inventoryRow(InventoryCommand c) { return kInventoryCommands[static_cast<std::size_t>(c)]; }
+
 // Number of mask bytes a mask length (read as hexadecimal) asks for: (L-1)\8+1, or 0.
 int maskByteCount(std::uint32_t maskLengthBits);
 // The mask length text read as hexadecimal; 0 when it is not a number.
@@ -168,6 +185,10 @@ std::optional<std::uint8_t> inventoryFlags(const InventoryControls& c);
 // flags, code (with "02" behind for the custom forms), AFI if any, mask length, mask bytes.
 std::optional<std::string> inventoryFrame(const InventoryControls& c, std::string_view code = "01",
                                           bool manufacturer = false);
+inline std::optional<std::string> inventoryFrame(const InventoryControls& c, InventoryCommand command) {
+  const InventoryRow& row = inventoryRow(command);
+  return inventoryFrame(c, row.code, row.manufacturer);
+}
 // The board controller's anticollision command: "02" + "A0" + "01" + flags, where the
 // flags are base, 0x04, one slot and data rate; AFI and mask play no part.
 std::optional<std::string> anticollisionFrame(const InventoryControls& c);

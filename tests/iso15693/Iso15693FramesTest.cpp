@@ -225,8 +225,10 @@ TEST(Iso15693Inventory, InitiatedFormsCarryTheManufacturerCode) {
   InventoryControls c;
   c.maskLength = "08";
   c.maskValues[0] = "E0";
-  EXPECT_EQ(inventoryFrame(c, "D1", true), "26D10208E0");
-  EXPECT_EQ(inventoryFrame(c, "C1", true), "26C10208E0");
+  EXPECT_EQ(inventoryFrame(c, InventoryCommand::InventoryInitiated), "26D10208E0");
+  EXPECT_EQ(inventoryFrame(c, InventoryCommand::FastInventoryInitiated), "26C10208E0");
+  EXPECT_EQ(inventoryFrame(c, InventoryCommand::Inventory), "260108E0");
+  EXPECT_STREQ(inventoryRow(InventoryCommand::FastInventoryInitiated).title, "FAST INVENTORY INITIATE");
 }
 
 TEST(Iso15693Inventory, MaskByteCounts) {

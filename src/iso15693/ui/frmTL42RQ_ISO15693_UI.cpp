@@ -764,11 +764,11 @@ void frmTL42RQ_ISO15693_UI::cmdInventory_Click() {
   lstTransponderUID->clear();
   FraINVENTORYresponse->setTitle("INVENTORY response");
   const iso15693::InventoryControls controls = inventoryControls();
-  const auto frame = iso15693::inventoryFrame(controls);
+  const auto frame = iso15693::inventoryFrame(controls, iso15693::InventoryCommand::Inventory);
   if (!frame) return endApplication();
   const std::string number = iso15693::inventoryRowNumber(controls);
   do {
-    sendFrame("INVENTORY", *frame);
+    sendFrame(iso15693::inventoryRow(iso15693::InventoryCommand::Inventory).title, *frame);
     showInventoryResponse(number);
     yieldEvents(1);
   } while (inventoryLoop_ && !leaving());
