@@ -360,6 +360,12 @@ class UserInterfaceTest : public QObject {
     click(p_, "OptProtocolCode_3");
     QCOMPARE(text(p_, "txtCode02Frame_3"), QString("00"));
     QCOMPARE(uitest::find<QComboBox>(p_, "cboAppendCRC")->currentText(), QString(" 0 : No Append CRC "));
+    // The stores also survive a visit to another command.
+    choose(p_, "cboTL42RQ_CommandList", " 08 : RdReg ");
+    choose(p_, "cboTL42RQ_CommandList", " 02 : Protocol Select ");
+    QCOMPARE(text(p_, "txtCode02Frame_3"), QString("00"));
+    click(p_, "OptProtocolCode_1");
+    QCOMPARE(text(p_, "txtCode02Frame_3"), QString("0F"));
   }
 
   void fieldOffKeepsZeroAndForgetsTypedBits() {
