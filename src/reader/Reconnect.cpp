@@ -27,7 +27,8 @@ std::vector<ConfigStep> reconnectSteps(ReconnectKind kind) {
     case ReconnectKind::Plain:
       return {};
     case ReconnectKind::Script14443A:
-      // Seven digits: the script has always sent this short text, and boards accept it.
+      // Seven digits: the script has always sent this short text. Its answer is never
+      // looked at, like every answer of a reconnect.
       return {{Op::Select, "0200110"}};
     case ReconnectKind::Script14443B:
       return {{Op::Select, "0301"}};
