@@ -597,9 +597,12 @@ void frmTL42RQ_UserInterface::buildSideFrames() {
     opt08_[i]->setObjectName(indexed("optCmd08ReadRegister", n));
     v8->addWidget(opt08_[i]);
     connect(opt08_[i], &QRadioButton::clicked, this, [this, n] { optCmd08ReadRegister_Click(n); });
-    for (std::size_t h = 0; h < o.hints.size(); ++h)
-      if (!o.hints[h].empty())
-        v8->addWidget(makeLabel(fra08_, QStringLiteral("lblCmd08Hint%1_%2").arg(i).arg(h), qs(o.hints[h])));
+    for (std::size_t h = 0; h < o.hints.size(); ++h) {
+      if (o.hints[h].empty()) continue;
+      QLabel* hint = makeLabel(fra08_, QStringLiteral("lblCmd08Hint%1_%2").arg(i).arg(h), qs(o.hints[h]));
+      hint->setIndent(22);
+      v8->addWidget(hint);
+    }
   }
   opt08_[0]->setChecked(true);
 
