@@ -129,20 +129,21 @@ void frmTL42RQ_ISO15693_UI::buildControls() {
   left->addWidget(chk_Select_Address_flag[1]);
   left->addWidget(chkLockBits);
 
-  auto* uidRow = new QHBoxLayout;
-  lblChoosenTag = new ClickableLabel("lblChoosenTag", "Tag :", this);
   txtTransponderUID = new HexLineEdit("txtTransponderUID", reader::FieldKind::Hexadecimal, this);
   txtTransponderUID->setText("Transponder UID");
-  uidRow->addWidget(lblChoosenTag);
-  uidRow->addWidget(txtTransponderUID);
-  left->addLayout(uidRow);
+  left->addWidget(txtTransponderUID);
 
+  // The short result of the last command stands beside "Tag :"; a click on that label
+  // takes the UID box into frame order again.
   frmWriteTime = group("frmWriteTime", "Tag informations", this);
-  auto* infoLayout = new QVBoxLayout(frmWriteTime);
+  auto* infoLayout = new QGridLayout(frmWriteTime);
+  lblChoosenTag = new ClickableLabel("lblChoosenTag", "Tag :", frmWriteTime);
   lblWriteTime = label("lblWriteTime", "", frmWriteTime);
   lblLoopCount = label("lblLoopCount", "", frmWriteTime);
-  infoLayout->addWidget(lblWriteTime);
-  infoLayout->addWidget(lblLoopCount);
+  infoLayout->addWidget(lblChoosenTag, 0, 0);
+  infoLayout->addWidget(lblWriteTime, 0, 1);
+  infoLayout->addWidget(lblLoopCount, 1, 1);
+  infoLayout->setColumnStretch(1, 1);
   left->addWidget(frmWriteTime);
 
   FraSystemInfo = group("FraSystemInfo", "SYSTEM INFO for one transponder", this);
