@@ -152,6 +152,8 @@ std::string Chip::sendRecv(const hex::Bytes& data, FieldContents& field) {
     frame.lastByteBits = bits == 0 || bits > 8 ? 8 : bits;
     appendCrc = (flag & kFlagAppendCrc) != 0;
   }
+  // A FeliCa frame travels behind its length byte, which counts itself; the chip adds it.
+  if (air == Air::Felica) frame.bytes.insert(frame.bytes.begin(), static_cast<std::uint8_t>(frame.bytes.size() + 1));
   if (appendCrc) {
     const hex::Bytes check = airCrc(air, frame.bytes.data(), frame.bytes.size());
     frame.bytes.insert(frame.bytes.end(), check.begin(), check.end());

@@ -2,7 +2,10 @@
 
 #include <array>
 
+#include "simulator/tags/felica.h"
+#include "simulator/tags/iso14443b.h"
 #include "simulator/tags/iso15693.h"
+#include "simulator/tags/pdyfamily.h"
 
 namespace sim {
 
@@ -55,6 +58,9 @@ constexpr KeySpec kIso14443B[] = {
 constexpr KeySpec kPdy[] = {
     hexKey("uid", 8),
     blockSize("4"), blockCount("128"), kMemory, kLockedBlocks,
+    // Fixes the chip identifier that Initiate and Pcall16 draw; without it they draw from
+    // a sequence seeded by the UID.
+    {.name = "chipId", .kind = ValueKind::Hex, .min = 1, .max = 1},
 };
 constexpr KeySpec kFelica[] = {
     hexKey("idm", 8), hexKey("pmm", 8), hexKey("systemCode", 2, "12FC"),
@@ -68,9 +74,9 @@ constexpr std::array kKinds{
     TagKind{"iso15693", Air::Iso15693, kIso15693, makeIso15693Tag},
     TagKind{"iso14443a", Air::Iso14443A, kIso14443A, makeTag},
     TagKind{"topaz", Air::Iso14443A, kTopaz, makeTag},
-    TagKind{"iso14443b", Air::Iso14443B, kIso14443B, makeTag},
-    TagKind{"pdy", Air::Iso14443B, kPdy, makeTag},
-    TagKind{"felica", Air::Felica, kFelica, makeTag},
+    TagKind{"iso14443b", Air::Iso14443B, kIso14443B, makeIso14443BTag},
+    TagKind{"pdy", Air::Iso14443B, kPdy, makePdyTag},
+    TagKind{"felica", Air::Felica, kFelica, makeFelicaTag},
 };
 
 }  // namespace
