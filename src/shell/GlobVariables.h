@@ -42,6 +42,7 @@ struct GlobVariables {
   bool iso18092ReqcLoop = false;
   bool iso14443bReqbLoop = false;
   bool iso14443bWupbLoop = false;
+  bool iso14443bAnticolLoop = false;  // the ISO 14443-B panel's slot inventory loop
 
   // Detection results.
   int dllRevision = 0;

@@ -4,7 +4,9 @@
 
 #include "script/ui/frmScriptHelp.h"
 #include "script/ui/frmTL42RQ_Script.h"
+#include "iso14443b/ui/frmTL42RQ_ISO14443B_UI.h"
 #include "iso15693/ui/frmTL42RQ_ISO15693_UI.h"
+#include "iso18092/ui/frmTL42RQ_ISO18092_UI.h"
 #include "console/ui/frmTL42RQ_UserInterface.h"
 #include "shell/ui/Panel.h"
 #include "toolbox/ui/frmAbout.h"
@@ -30,8 +32,8 @@ const std::array<PanelRow, static_cast<std::size_t>(glob::PanelId::Count)> kPane
     {glob::PanelId::UserInterface, "frmTL42RQ_UserInterface", make<frmTL42RQ_UserInterface>},
     {glob::PanelId::ISO15693, "frmTL42RQ_ISO15693_UI", make<frmTL42RQ_ISO15693_UI>},
     {glob::PanelId::ISO14443A, "frmTL42RQ_ISO14443A_UI", nullptr},
-    {glob::PanelId::ISO14443B, "frmTL42RQ_ISO14443B_UI", nullptr},
-    {glob::PanelId::ISO18092, "frmTL42RQ_ISO18092_UI", nullptr},
+    {glob::PanelId::ISO14443B, "frmTL42RQ_ISO14443B_UI", make<frmTL42RQ_ISO14443B_UI>},
+    {glob::PanelId::ISO18092, "frmTL42RQ_ISO18092_UI", make<frmTL42RQ_ISO18092_UI>},
     {glob::PanelId::DemoKitTools, "frmTL42RQ_DemoKit_tools", make<frmTL42RQ_DemoKit_tools>},
     {glob::PanelId::Script, "frmTL42RQ_Script", make<frmTL42RQ_Script>},
     {glob::PanelId::ScriptHelp, "frmScriptHelp", make<frmScriptHelp>},
