@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "common/crc.h"
+#include "simulator/tags/iso14443a.h"
 #include "simulator/tags/iso15693.h"
 
 namespace sim {
@@ -142,6 +143,8 @@ std::string Chip::sendRecv(const hex::Bytes& data, FieldContents& field) {
   if (!row || !row->air) return error(Result::NoTag);
   if (data.empty()) return error(Result::InvalidLength);
   const Air air = *row->air;
+  // ISO 14443-A has a flag byte, 4-bit answers and a tail of its own (tags/iso14443a.cpp).
+  if (air == Air::Iso14443A) return iso14443a::chipExchange(data, field);
 
   AirFrame frame{data};
   bool appendCrc = !parameters_.empty() && (parameters_[0] & kParameterAppendCrc) != 0;

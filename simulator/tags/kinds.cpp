@@ -4,7 +4,9 @@
 
 #include "simulator/tags/felica.h"
 #include "simulator/tags/iso14443b.h"
+#include "simulator/tags/iso14443a.h"
 #include "simulator/tags/iso15693.h"
+#include "simulator/tags/topaz.h"
 #include "simulator/tags/pdyfamily.h"
 
 namespace sim {
@@ -72,8 +74,8 @@ std::unique_ptr<Tag> makeTag(TagSetup setup) { return std::make_unique<Tag>(std:
 
 constexpr std::array kKinds{
     TagKind{"iso15693", Air::Iso15693, kIso15693, makeIso15693Tag},
-    TagKind{"iso14443a", Air::Iso14443A, kIso14443A, makeTag},
-    TagKind{"topaz", Air::Iso14443A, kTopaz, makeTag},
+    TagKind{"iso14443a", Air::Iso14443A, kIso14443A, makeIso14443ATag},
+    TagKind{"topaz", Air::Iso14443A, kTopaz, makeTopazTag},
     TagKind{"iso14443b", Air::Iso14443B, kIso14443B, makeIso14443BTag},
     TagKind{"pdy", Air::Iso14443B, kPdy, makePdyTag},
     TagKind{"felica", Air::Felica, kFelica, makeFelicaTag},

@@ -25,6 +25,8 @@ enum class Air { Iso15693, Iso14443A, Iso14443B, Felica };
 struct AirFrame {
   hex::Bytes bytes;
   int lastByteBits = 8;
+  // The Protocol Select parameters the chip sends and listens with (data rate and the like).
+  hex::Bytes parameters{};
 };
 
 // The frame check that ends a frame on the air, in the order it travels: the ISO/IEC 13239
@@ -59,6 +61,9 @@ class Tag {
   // One frame from the reader. Returns the tag's answer as it goes on the air, its own
   // CRC included when its protocol sends one; nullopt when the tag keeps silent.
   virtual std::optional<hex::Bytes> receive(const AirFrame& frame);
+  // Bits sent of the last byte of the last answer: 8, or 4 for the ACK and NAK of an
+  // ISO 14443-A tag, which the chip reports apart.
+  virtual int lastReplyBits() const { return 8; }
   // The field went off: the tag loses power and forgets its volatile state.
   virtual void fieldOff() {}
 

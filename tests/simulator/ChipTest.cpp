@@ -191,7 +191,8 @@ TEST_F(ChipTest, Iso14443AFrameEndsInTheTransmissionFlag) {
   });
   ASSERT_EQ(run("0204 02000180"), "0000");
   const hex::Bytes reply = withCrc(Air::Iso14443A, {0x44, 0x00});
-  EXPECT_EQ(run("0402 2607"), "8005" + hex::fromBytes(reply) + "00");
+  // The ISO 14443-A tail: eight bits in the first byte, no error, no collision.
+  EXPECT_EQ(run("0402 2607"), "8007" + hex::fromBytes(reply) + "080000");
   ASSERT_EQ(tag.frames.size(), 1u);
   EXPECT_EQ(tag.frames[0].lastByteBits, 7);
   // Flag 28: eight bits and the CRC_A appended.
