@@ -5,6 +5,7 @@
 #include "script/ui/frmScriptHelp.h"
 #include "script/ui/frmTL42RQ_Script.h"
 #include "iso14443b/ui/frmTL42RQ_ISO14443B_UI.h"
+#include "iso14443a/ui/frmTL42RQ_ISO14443A_UI.h"
 #include "iso15693/ui/frmTL42RQ_ISO15693_UI.h"
 #include "iso18092/ui/frmTL42RQ_ISO18092_UI.h"
 #include "console/ui/frmTL42RQ_UserInterface.h"
@@ -31,7 +32,7 @@ Panel* make(QWidget* parent) {
 const std::array<PanelRow, static_cast<std::size_t>(glob::PanelId::Count)> kPanels{{
     {glob::PanelId::UserInterface, "frmTL42RQ_UserInterface", make<frmTL42RQ_UserInterface>},
     {glob::PanelId::ISO15693, "frmTL42RQ_ISO15693_UI", make<frmTL42RQ_ISO15693_UI>},
-    {glob::PanelId::ISO14443A, "frmTL42RQ_ISO14443A_UI", nullptr},
+    {glob::PanelId::ISO14443A, "frmTL42RQ_ISO14443A_UI", make<frmTL42RQ_ISO14443A_UI>},
     {glob::PanelId::ISO14443B, "frmTL42RQ_ISO14443B_UI", make<frmTL42RQ_ISO14443B_UI>},
     {glob::PanelId::ISO18092, "frmTL42RQ_ISO18092_UI", make<frmTL42RQ_ISO18092_UI>},
     {glob::PanelId::DemoKitTools, "frmTL42RQ_DemoKit_tools", make<frmTL42RQ_DemoKit_tools>},
