@@ -124,10 +124,11 @@ void frmTL42RQ_ISO14443B_UI::buildControls() {
   boxes->addWidget(lbl_ISO14443B_answer, 1, 0);
   boxes->addWidget(txt_ISO14443B_answer, 1, 1);
   right->addLayout(boxes);
+  // Without the family's memory the free frame and the last exchange stand at the top.
+  right->addStretch();
 
   main->addWidget(createLogView("rtfISO14443BLogEdit"), 1);
   main->addWidget(createLogButtons());
-  resize(960, 760);
 
   // Events.
   connect(cmd_ISO14443B_ReqB, &QPushButton::clicked, this, [this] { cmd_ISO14443B_ReqB_Click(); });
@@ -307,7 +308,12 @@ void frmTL42RQ_ISO14443B_UI::buildFamilyFace(QWidget* parent) {
   fgISO14443Banticol->horizontalHeader()->setVisible(false);
   fgISO14443Banticol->verticalHeader()->setVisible(false);
   fgISO14443Banticol->setEditTriggers(QAbstractItemView::NoEditTriggers);
-  fgISO14443Banticol->setMinimumHeight(3 * 30 + 4);
+  fgISO14443Banticol->setWordWrap(true);
+  for (int r = 0; r < iso14443b::kGridRows; ++r) fgISO14443Banticol->setRowHeight(r, 34);
+  fgISO14443Banticol->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  fgISO14443Banticol->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  fgISO14443Banticol->setFixedSize(iso14443b::kGridColumns * twipsToPixels(iso14443b::kColumnTwips) + 4,
+                                   iso14443b::kGridRows * 34 + 4);
   lblAnticolUID = label("lblAnticolUID", "UID = ", FraAnticol);
   txtAnticolUID = readOnlyBox("txtAnticolUID", FraAnticol);
   anticol->addWidget(cmd_ISO14443B_Anticollision, 0, 0);
@@ -325,10 +331,12 @@ void frmTL42RQ_ISO14443B_UI::buildFamilyFace(QWidget* parent) {
   txtUserAddress[1] = hexBox("txtUserAddress_1", "00", 2, FraAddressRow);
   txtUserAddress[0]->setToolTip("enter here the Address to Write or Read from ");
   txtUserAddress[1]->setToolTip("enter here the Address to Write or Read to");
+  for (HexLineEdit* box : txtUserAddress) box->setMaximumWidth(60);
   addressRow->addWidget(lblUsrAddLow);
   addressRow->addWidget(txtUserAddress[0]);
   addressRow->addWidget(lblUsrAddHigh);
   addressRow->addWidget(txtUserAddress[1]);
+  addressRow->addStretch();
   cmd_ISO14443B_Read = button("cmd_ISO14443B_Read", "&Read Single Block", parent);
   cmd_ISO14443B_Write = button("cmd_ISO14443B_Write", iso14443b::kWriteCaption, parent);
   cmdStopCommand = button("cmdStopCommand", "STOP", parent);

@@ -5,6 +5,7 @@
 // and cuts the answers; it keeps no idea of the tag's state.
 #pragma once
 
+#include <QSize>
 #include <array>
 #include <cstdint>
 #include <string>
@@ -58,6 +59,8 @@ class frmTL42RQ_ISO14443B_UI : public Panel {
   void cmdStopCommand_Click();
 
   void setCommandsEnabled(bool enabled);
+  // The size the main window gives the panel when it opens.
+  QSize sizeHint() const override { return {1100, 820}; }
   MemoryPageView* pageView() const { return pageView_; }
 
   // --- controls ---------------------------------------------------------------------------

@@ -80,7 +80,6 @@ void frmTL42RQ_ISO18092_UI::buildControls() {
 
   main->addWidget(createLogView("rtfISO18092LogEdit"), 1);
   main->addWidget(createLogButtons());
-  resize(620, 520);
 
   connect(cmd_ISO18092_ReqC, &QPushButton::clicked, this, [this] { cmd_ISO18092_ReqC_Click(); });
   connect(chkReqCLoop, &QCheckBox::clicked, this, [this] { chkReqCLoop_Click(); });

@@ -3,6 +3,7 @@
 // user types.
 #pragma once
 
+#include <QSize>
 #include <cstdint>
 
 #include "shell/ui/Panel.h"
@@ -25,6 +26,9 @@ class frmTL42RQ_ISO18092_UI : public Panel {
   void cmd_ISO18092_ReqC_Click();
   void chkReqCLoop_Click();
   void cmd_ISO18092_SendFrame_Click();
+
+  // The size the main window gives the panel when it opens.
+  QSize sizeHint() const override { return {640, 560}; }
 
   QPushButton* cmd_ISO18092_ReqC = nullptr;
   QCheckBox* chkReqCLoop = nullptr;
