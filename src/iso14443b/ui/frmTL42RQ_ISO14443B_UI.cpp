@@ -698,6 +698,8 @@ void frmTL42RQ_ISO14443B_UI::cmd_ISO14443B_Read_Click() {
     const long count = iso14443b::blockCount(start, end, mask);
     pageView_->lstReadView()->clear();
     pageView_->lstReadView()->setVisible(true);
+    // A write's grid leaves the list disabled; a read gives it back its keys.
+    pageView_->lstReadView()->setEnabled(true);
     memoryBuffer().Clear();
     // One block a request; STOP is looked at after each.
     for (long i = 0; i < count; ++i) {

@@ -1,12 +1,16 @@
 // The ISO 14443-B panel's family face against a fake board: the PDX51 to PDY55 family's
 // commands, the slot inventory with its grid and loop, the block reads and writes with
 // the page view, STOP, and closing the panel while the inventory loop runs.
+#include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QPointer>
 #include <QTimer>
 #include <QtTest>
 
 #include "Iso14443BUiSupport.h"
 #include "iso15693/ui/MemoryPageView.h"
+#include "shell/UsageFile.h"
+#include "shell/ui/MainForm.h"
 
 using namespace iso14443btest;
 
@@ -277,6 +281,48 @@ class Iso14443BFamilyPanelTest : public QObject {
     QTRY_VERIFY(panel.isNull());
   }
 
+  void closingTheMainWindowDuringTheInventoryLoopNeverCrashes() {
+    Fixture f("PDX54");
+    shell::setProgramDirectory(TL42RQ_SOURCE_DIR "/data/");
+    {
+      MainForm form;
+      form.setEndsProcessOnClose(false);
+      form.load(false);
+      form.show();
+      form.openProduct("PDX54");
+      auto* panel = qobject_cast<frmTL42RQ_ISO14443B_UI*>(form.panel(glob::PanelId::ISO14443B));
+      QVERIFY(panel);
+      QCOMPARE(panel->windowTitle(), QString("ISO14443-B user interface : PDX54"));
+      QTest::mouseClick(uitest::find<QCheckBox>(panel, "chkAnticollisionLoop"), Qt::LeftButton);
+      int exchanges = 0;
+      f.driver.setHandler([&](Op op, const std::string&) -> FakeDriver::Reply {
+        if (op == Op::SendReceive && ++exchanges == 40) QTimer::singleShot(0, [&] { form.close(); });
+        return liveReply(op);
+      });
+      uitest::find<QPushButton>(panel, "cmd_ISO14443B_Anticollision")->click();
+      QCOMPARE(exchanges, 51);  // the third pass runs to its end
+      QTRY_VERIFY(form.mdiArea()->subWindowList().isEmpty());
+    }
+    QVERIFY(!glob::panelOpen(glob::PanelId::ISO14443B));
+    QVERIFY(!glob::state().iso14443bAnticolLoop);
+  }
+
+  void closingThePanelDuringAReadEndsIt() {
+    Fixture f("PDX54");
+    f.open();
+    f.setText("txtUserAddress_0", "000");
+    f.setText("txtUserAddress_1", "07F");
+    QPointer<frmTL42RQ_ISO14443B_UI> panel = f.panel.release();
+    int reads = 0;
+    f.driver.setHandler([&](Op op, const std::string&) -> FakeDriver::Reply {
+      if (op == Op::SendReceive && ++reads == 5) QTimer::singleShot(0, [&] { panel->close(); });
+      return liveReply(op);
+    });
+    QTest::mouseClick(uitest::find<QPushButton>(panel, "cmd_ISO14443B_Read"), Qt::LeftButton);
+    QCOMPARE(reads, 5);
+    QTRY_VERIFY(panel.isNull());
+  }
+
   void aRangeOfOneBlockReadsExactlyOneBlock() {
     Fixture f("PDX54");
     f.open();
@@ -291,6 +337,7 @@ class Iso14443BFamilyPanelTest : public QObject {
     QVERIFY(f.w("cmd_ISO14443B_Read")->isEnabled());
     QVERIFY(f.w("cmdStopCommand")->isHidden());
     QVERIFY(!f.w<QLineEdit>("txtUserAddress_0")->isReadOnly());
+    QVERIFY(f.w("lstReadView")->isEnabled());
   }
 
   void aReadShowsErrorsAndMasksTheAddresses() {
