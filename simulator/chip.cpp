@@ -5,6 +5,7 @@
 #include "common/crc.h"
 #include "simulator/tags/iso14443a.h"
 #include "simulator/tags/iso15693.h"
+#include "simulator/wakeup.h"
 
 namespace sim {
 
@@ -249,34 +250,15 @@ std::string Chip::send(const hex::Bytes& data, FieldContents&) {
   return answerText(Result::Ok);
 }
 
-int Chip::detectorLevel(const FieldContents& field) {
-  int level = field.antenna.detectLevel;
-  for (const auto& tag : field.tags)
-    if (tag->inField()) level -= kTagDetectLoad;
-  return level < 0 ? 0 : level;
-}
+int Chip::detectorLevel(const FieldContents& field) { return detectorReading(field); }
 
-// Idle: fourteen bytes, the wake-up sources first and the detector's band at bytes 10 and
-// 11 (frame bytes 12 and 13, DacDataL and DacDataH). The chip answers when it wakes; time
-// is simulated, so that is at once, with the reason. A tag wakes it when the detector's
-// reading lies outside the band; else the time-out does when it is a source; else the
-// board's controller brings the chip back with a pulse on IRQ_IN (or on SPI_SS when that is
-// the only source). The field is off after Idle, and register 62 keeps the reason.
+// Idle: the chip sleeps until the tag detector, the time-out or a pulse wakes it
+// (simulator/wakeup.h), in simulated time unless the field asks for real time. The field
+// is off after Idle, and register 62 keeps the reason.
 std::string Chip::idle(const hex::Bytes& data, FieldContents& field) {
-  constexpr std::size_t kIdleData = 14;
-  if (data.size() != kIdleData) return error(Result::InvalidLength);
-  constexpr std::uint8_t kSourceTimeOut = 0x01, kSourceTagDetect = 0x02, kSourceIrqIn = 0x08, kSourceNss = 0x10;
-  const std::uint8_t sources = data[0];
-  const int low = data[10];
-  const int high = data[11];
-  const int level = detectorLevel(field);
-  WakeUp reason = WakeUp::IrqIn;
-  if ((sources & kSourceTagDetect) && (level < low || level > high))
-    reason = WakeUp::TagDetect;
-  else if (sources & kSourceTimeOut)
-    reason = WakeUp::TimeOut;
-  else if ((sources & kSourceNss) && !(sources & kSourceIrqIn))
-    reason = WakeUp::SpiNss;
+  const std::optional<IdleSettings> settings = IdleSettings::fromData(data);
+  if (!settings) return error(Result::InvalidLength);
+  const WakeUp reason = sleepUntilWakeUp(*settings, field).reason;
   fieldOff(field);
   registers_[kWakeUpReason] = static_cast<std::uint8_t>(reason);
   return answerText(Result::Ok, {static_cast<std::uint8_t>(reason)});

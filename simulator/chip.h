@@ -81,10 +81,8 @@ class Chip {
   const hex::Bytes& antiCollisionFilter() const { return acFilter_; }
   std::uint8_t arc(std::uint8_t index) const { return index == kArcB ? arcB_[protocol_] : arc_[index]; }
   // What the tag detector reads: the antenna's level without a tag, lowered by every tag
-  // that lies in the field.
+  // that lies in the field (simulator/wakeup.h).
   static int detectorLevel(const FieldContents& field);
-  // How much one tag in front of the antenna lowers the detector's reading.
-  static constexpr int kTagDetectLoad = 16;
 
  private:
   struct Command {

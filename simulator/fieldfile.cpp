@@ -17,6 +17,8 @@ constexpr KeySpec kBoardKeys[] = {
     // The IDN answer carries the name, two CRC bytes and its header in 256 characters.
     {.name = "chipName", .kind = ValueKind::Text, .min = 1, .max = 100, .fallback = "NFC TL42RQ"},
     {.name = "interfacePin", .kind = ValueKind::Integer, .min = 0, .max = 2, .fallback = "1"},
+    // Opt-in: Idle then takes the time the chip would sleep (simulator/wakeup.h).
+    {.name = "realTimeIdle", .kind = ValueKind::Bool},
 };
 constexpr KeySpec kAntennaKeys[] = {
     {.name = "detectLevel", .kind = ValueKind::Integer, .min = 0, .max = 255, .fallback = "31"},
@@ -26,6 +28,9 @@ constexpr KeySpec kTagCommonKeys[] = {
     {.name = "type", .kind = ValueKind::Text, .min = 1, .max = 32, .required = true},
     {.name = "product", .kind = ValueKind::Text, .min = 1, .max = 32},
     {.name = "inField", .kind = ValueKind::Bool, .fallback = "true"},
+    // How much the tag lowers the tag detector's reading: "near" or "far", or a number.
+    {.name = "distance", .kind = ValueKind::Text, .min = 1, .max = 32},
+    {.name = "loadShift", .kind = ValueKind::Integer, .min = -255, .max = 255},
 };
 constexpr const char* kTopKeys[] = {"board", "antenna", "tags"};
 // A tag's memory is at most 64 KiB: 2048 blocks of 32 bytes, or 65536 blocks of one.
@@ -224,6 +229,9 @@ std::unique_ptr<Tag> buildTag(const Json& entry, const Path& path) {
   for (const KeySpec& rule : kind->keys) rules.push_back(&rule);
   TagSetup setup{kind->type, kind->air, checkObject(entry, rules, path), 0, 0, {}};
   Json& checked = setup.entry;
+  if (const auto distance = checked.find("distance");
+      distance != checked.end() && *distance != "near" && *distance != "far")
+    throw FieldError{with(path, "distance"), "\"near\" or \"far\" is needed, found " + describe(*distance)};
 
   if (checked.contains("blockSize")) {
     setup.blockSize = checked["blockSize"].get<int>();
@@ -267,6 +275,7 @@ FieldContents build(const Json& root) {
   for (const Json& element : board["mcuRevision"]) field.board.mcuRevision.push_back(element.get<std::uint8_t>());
   field.board.chipName = board["chipName"].get<std::string>();
   field.board.interfacePin = board["interfacePin"].get<int>();
+  field.board.realTimeIdle = board.contains("realTimeIdle") && board["realTimeIdle"].get<bool>();
 
   const Json antenna = checkObject(member("antenna"), rulesOf(kAntennaKeys), {std::string("antenna")});
   field.antenna.detectLevel = antenna["detectLevel"].get<int>();
@@ -458,6 +467,7 @@ std::string fieldToJson(const FieldContents& field) {
   for (std::uint8_t element : field.board.mcuRevision) board["mcuRevision"].push_back(element);
   board["chipName"] = field.board.chipName;
   board["interfacePin"] = field.board.interfacePin;
+  if (field.board.realTimeIdle) board["realTimeIdle"] = true;
   root["antenna"]["detectLevel"] = field.antenna.detectLevel;
   root["tags"] = Json::array();
   for (const auto& tag : field.tags) root["tags"].push_back(tag->toJson());

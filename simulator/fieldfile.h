@@ -42,6 +42,7 @@ struct BoardSettings {
   hex::Bytes mcuRevision;
   std::string chipName;
   int interfacePin = 1;
+  bool realTimeIdle = false;  // Idle takes real time instead of simulated time
 };
 
 struct AntennaSettings {

@@ -168,7 +168,7 @@ TEST(FieldFile, UnknownKeysAreRefused) {
             "f.json: line 1, column 10: bord: unknown key \"bord\"; the keys here are board, antenna, tags");
   EXPECT_EQ(refusal(R"({"tags": [{"type": "pdy", "uid": "D002000000000001", "blocksize": 4}]})"),
             "f.json: line 1, column 67: tags[0].blocksize: unknown key \"blocksize\"; the keys here are type, product, "
-            "inField, uid, blockSize, blockCount, memory, lockedBlocks, chipId");
+            "inField, distance, loadShift, uid, blockSize, blockCount, memory, lockedBlocks, chipId");
 }
 
 TEST(FieldFile, TagWithoutTypeOrOfUnknownTypeIsRefused) {

@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "discovery/ui/frmTL42RQ_AutoDetectTool_UI.h"
+#include "discovery/ui/frmTL42RQ_TagDetection_UI.h"
 #include "script/ui/frmScriptHelp.h"
 #include "script/ui/frmTL42RQ_Script.h"
 #include "iso14443b/ui/frmTL42RQ_ISO14443B_UI.h"
@@ -38,8 +40,8 @@ const std::array<PanelRow, static_cast<std::size_t>(glob::PanelId::Count)> kPane
     {glob::PanelId::DemoKitTools, "frmTL42RQ_DemoKit_tools", make<frmTL42RQ_DemoKit_tools>},
     {glob::PanelId::Script, "frmTL42RQ_Script", make<frmTL42RQ_Script>},
     {glob::PanelId::ScriptHelp, "frmScriptHelp", make<frmScriptHelp>},
-    {glob::PanelId::TagDetection, "frmTL42RQ_TagDetection_UI", nullptr},
-    {glob::PanelId::AutoDetect, "frmTL42RQ_AutoDetectTool_UI", nullptr},
+    {glob::PanelId::TagDetection, "frmTL42RQ_TagDetection_UI", make<frmTL42RQ_TagDetection_UI>},
+    {glob::PanelId::AutoDetect, "frmTL42RQ_AutoDetectTool_UI", make<frmTL42RQ_AutoDetectTool_UI>},
     {glob::PanelId::MementoFile, "frmMementoFile", make<frmMementoFile>},
     {glob::PanelId::About, "frmAbout", make<frmAbout>},
 }};
