@@ -148,6 +148,7 @@ std::string Chip::sendRecv(const hex::Bytes& data, FieldContents& field) {
   if (air == Air::Iso14443A) return iso14443a::chipExchange(data, field);
 
   AirFrame frame{data};
+  frame.parameters = parameters_;
   bool appendCrc = !parameters_.empty() && (parameters_[0] & kParameterAppendCrc) != 0;
   if (row->transmissionFlag) {
     const std::uint8_t flag = frame.bytes.back();

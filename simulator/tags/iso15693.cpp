@@ -12,17 +12,19 @@ namespace iso15693 {
 
 namespace {
 // Memory from the product file: density in kbit / 8 bytes, four bytes a block; the
-// products above 8 kbit number their blocks with two bytes.
+// products above 8 kbit number their blocks with two bytes. The VAX and VAS50 families
+// can be killed; the VAS60E, VAS70 and QLN families protect sectors with passwords, and
+// their models ending in "E" harvest energy. All of them know Initiate and the fast forms.
 constexpr std::array<Product, 9> kProducts{{
-    {"VAX30", 64, 4, 1},
-    {"VAX40", 64, 4, 1},
-    {"VAS50", 128, 4, 1},
-    {"VAS60E", 2048, 4, 2},
-    {"VAS70", 512, 4, 2},
-    {"QLN41E", 128, 4, 1},
-    {"QLN42E", 512, 4, 2},
-    {"QLN43", 2048, 4, 2},
-    {"QLN44E", 2048, 4, 2},
+    {"VAX30", 64, 4, 1, 0x20, true, false, false},
+    {"VAX40", 64, 4, 1, 0x21, true, false, false},
+    {"VAS50", 128, 4, 1, 0x28, true, false, false},
+    {"VAS60E", 2048, 4, 2, 0x5E, false, true, true},
+    {"VAS70", 512, 4, 2, 0x4C, false, true, false},
+    {"QLN41E", 128, 4, 1, 0x5A, false, true, true},
+    {"QLN42E", 512, 4, 2, 0x5B, false, true, true},
+    {"QLN43", 2048, 4, 2, 0x4D, false, true, false},
+    {"QLN44E", 2048, 4, 2, 0x5C, false, true, true},
 }};
 }  // namespace
 
@@ -68,7 +70,6 @@ Iso15693Tag::Iso15693Tag(TagSetup setup) : Tag(std::move(setup)) {
   const Bytes ic = bytesOf("icReference");
   dsfid_ = dsfid.empty() ? 0 : dsfid[0];
   afi_ = afi.empty() ? 0 : afi[0];
-  icReference_ = ic.empty() ? 0 : ic[0];
   afiLocked_ = jsonFlag(entry(), "afiLocked");
   dsfidLocked_ = jsonFlag(entry(), "dsfidLocked");
   if (const auto it = entry().find("lockedBlocks"); it != entry().end() && it->is_array())
@@ -77,6 +78,39 @@ Iso15693Tag::Iso15693Tag(TagSetup setup) : Tag(std::move(setup)) {
   const auto product = entry().find("product");
   const Product* row = product != entry().end() && product->is_string() ? findProduct(product->get<std::string>()) : nullptr;
   addressBytes_ = row ? row->addressBytes : (blockCount() > 256 ? 2 : 1);
+  product_ = row;
+  icReference_ = !ic.empty() ? ic[0] : row ? row->icReference : 0;
+}
+
+void Iso15693Tag::fieldOff() {
+  state_ = State::Ready;
+  initiated_ = false;
+  presented_ = {};
+}
+
+std::uint8_t Iso15693Tag::sectorStatus(int sector) const {
+  const auto it = sectorStatus_.find(sector);
+  return it == sectorStatus_.end() ? 0 : it->second;
+}
+
+// Bits 1-2 of the sector status: 00 writes need the password, 01 reads and writes need
+// it, 10 reads need it and writes are refused, 11 reads are free and writes refused.
+bool Iso15693Tag::canRead(int block) const {
+  const std::uint8_t s = sectorStatus(block / kSectorBlocks);
+  if (!(s & kSectorProtected)) return true;
+  const int access = (s >> 1) & 0x03;
+  if (access == 0 || access == 3) return true;
+  const int number = (s >> 3) & 0x03;
+  return number != 0 && presented_[static_cast<std::size_t>(number - 1)];
+}
+
+bool Iso15693Tag::canWrite(int block) const {
+  const std::uint8_t s = sectorStatus(block / kSectorBlocks);
+  if (!(s & kSectorProtected)) return true;
+  const int access = (s >> 1) & 0x03;
+  if (access >= 2) return false;
+  const int number = (s >> 3) & 0x03;
+  return number != 0 && presented_[static_cast<std::size_t>(number - 1)];
 }
 
 Json Iso15693Tag::toJson() const {
@@ -106,10 +140,16 @@ Iso15693Tag::Bytes Iso15693Tag::error(std::uint8_t code) const { return withCrc(
 
 std::optional<hex::Bytes> Iso15693Tag::receive(const AirFrame& frame) {
   // A frame that is cut short or whose CRC does not hold is not heard at all.
+  // A killed tag never answers again.
+  if (killed_) return std::nullopt;
   if (frame.bytes.size() < 4 || !airCrcMatches(Air::Iso15693, frame.bytes)) return std::nullopt;
   const Bytes body(frame.bytes.begin(), frame.bytes.end() - 2);
+  // Parameter bits 4-5 of Protocol Select 01 give the rate the chip listens at: 01 is the
+  // double data rate (52 kbit/s) the fast commands answer at ("011D"); at any other rate
+  // ("010D") the reader cannot take a fast answer, so it is lost.
+  doubleRate_ = !frame.parameters.empty() && ((frame.parameters[0] >> 4) & 0x03) == 0x01;
   if (body[0] & kInventory) return inventory(body);
-  return command(body);
+  return command(body, doubleRate_);
 }
 
 // Inventory: flags, 01, AFI when flag 0x10, mask length in bits, the mask bytes (least
@@ -117,8 +157,16 @@ std::optional<hex::Bytes> Iso15693Tag::receive(const AirFrame& frame) {
 // slots: a tag answers in the slot numbered by the four UID bits above the mask; the
 // single request is slot 0, so only the tags of slot 0 answer it.
 std::optional<hex::Bytes> Iso15693Tag::inventory(const Bytes& body) {
-  if (body[1] != kInventoryCode || state_ == State::Quiet) return std::nullopt;
+  if (state_ == State::Quiet) return std::nullopt;
   std::size_t pos = 2;
+  if (body[1] == kInventoryInitiated || body[1] == kFastInventoryInitiated) {
+    // Only a tag of a known family that was initiated answers the initiated inventory.
+    if (!product_ || !initiated_ || body.size() < 3 || body[2] != kManufacturerCode) return std::nullopt;
+    if (body[1] == kFastInventoryInitiated && !doubleRate_) return std::nullopt;
+    pos = 3;
+  } else if (body[1] != kInventoryCode) {
+    return std::nullopt;
+  }
   if (body[0] & kSelect) {
     if (pos >= body.size() || !afiMatches(body[pos], afi_)) return std::nullopt;
     ++pos;
@@ -137,9 +185,9 @@ std::optional<hex::Bytes> Iso15693Tag::inventory(const Bytes& body) {
   return ok(data);
 }
 
-std::optional<hex::Bytes> Iso15693Tag::command(const Bytes& body) {
+std::optional<hex::Bytes> Iso15693Tag::command(const Bytes& body, bool doubleRate) {
   const std::uint8_t flags = body[0];
-  const std::uint8_t code = body[1];
+  std::uint8_t code = body[1];
   std::size_t pos = 2;
   if (isCustomCode(code)) {
     if (pos >= body.size() || body[pos] != kManufacturerCode) return std::nullopt;
@@ -176,6 +224,17 @@ std::optional<hex::Bytes> Iso15693Tag::command(const Bytes& body) {
   };
   const auto status = [&](int b) -> std::uint8_t { return blockLocked(b) ? 0x01 : 0x00; };
 
+  if (isCustomCode(code)) {
+    if (!product_) return error(kNotSupported);
+    // The fast forms are the plain commands answered at the double data rate.
+    const bool fast = code == kFastReadSingleBlock || code == kFastReadMultipleBlocks || code == kFastInitiate;
+    if (fast && !doubleRate) return std::nullopt;
+    if (code == kFastReadSingleBlock) code = kReadSingleBlock;
+    else if (code == kFastReadMultipleBlocks) code = kReadMultipleBlocks;
+    else if (code == kFastInitiate) code = kInitiate;
+    if (code != kReadSingleBlock && code != kReadMultipleBlocks) return custom(code, flags, body, pos);
+  }
+
   switch (code) {
     case kStayQuiet:
       if (!(flags & kAddress)) return std::nullopt;
@@ -188,6 +247,7 @@ std::optional<hex::Bytes> Iso15693Tag::command(const Bytes& body) {
       const auto b = blockNumber(pos);
       if (!b || body.size() != pos + numberBytes) return error(kNotRecognized);
       if (*b >= blockCount()) return error(kBlockNotAvailable);
+      if (!canRead(*b)) return error(kReadProtected);
       Bytes data;
       if (option) data.push_back(status(*b));
       data.insert(data.end(), block(*b), block(*b) + blockSize());
@@ -198,7 +258,7 @@ std::optional<hex::Bytes> Iso15693Tag::command(const Bytes& body) {
       if (!b) return error(kNotRecognized);
       if (*b >= blockCount()) return error(kBlockNotAvailable);
       if (body.size() != pos + numberBytes + static_cast<std::size_t>(blockSize())) return error(kUnknownError);
-      if (blockLocked(*b)) return error(kLockedContent);
+      if (blockLocked(*b) || !canWrite(*b)) return error(kLockedContent);
       std::copy(body.begin() + static_cast<long>(pos + numberBytes), body.end(),
                 memory_.begin() + static_cast<long>(*b) * blockSize());
       return ok();
@@ -216,6 +276,8 @@ std::optional<hex::Bytes> Iso15693Tag::command(const Bytes& body) {
       if (!first || body.size() != pos + numberBytes + 1) return error(kNotRecognized);
       const int count = body[pos + numberBytes] + 1;
       if (*first + count > blockCount()) return error(kBlockNotAvailable);
+      for (int b = *first; b < *first + count; ++b)
+        if (!canRead(b)) return error(kReadProtected);
       Bytes data;
       for (int b = *first; b < *first + count; ++b) {
         if (option) data.push_back(status(b));
@@ -249,7 +311,17 @@ std::optional<hex::Bytes> Iso15693Tag::command(const Bytes& body) {
       return ok();
     }
     case kGetSystemInfo: {
-      // Information flags: DSFID, AFI, memory size and IC reference are present.
+      // Information flags: DSFID, AFI, memory size and IC reference are present. The
+      // two-byte products give their memory size only in the extended format: asked
+      // without the protocol extension flag they answer "0B", without it.
+      if (addressBytes_ == 2 && !extension) {
+        Bytes data{0x0B};
+        data.insert(data.end(), uid_.begin(), uid_.end());
+        data.push_back(dsfid_);
+        data.push_back(afi_);
+        data.push_back(icReference_);
+        return ok(data);
+      }
       Bytes data{0x0F};
       data.insert(data.end(), uid_.begin(), uid_.end());
       data.push_back(dsfid_);
@@ -260,6 +332,91 @@ std::optional<hex::Bytes> Iso15693Tag::command(const Bytes& body) {
       data.push_back(static_cast<std::uint8_t>((blockSize() - 1) & 0x1F));
       data.push_back(icReference_);
       return ok(data);
+    }
+    default:
+      return error(kNotSupported);
+  }
+}
+
+// The custom commands of the families; the manufacturer code and the address are read.
+std::optional<hex::Bytes> Iso15693Tag::custom(std::uint8_t code, std::uint8_t flags, const Bytes& body,
+                                              std::size_t pos) {
+  const std::size_t left = body.size() - pos;
+  const auto password = [&](std::size_t at) { return Bytes(body.begin() + static_cast<long>(at), body.end()); };
+  switch (code) {
+    case kInitiate: {
+      if (left != 0) return error(kNotRecognized);
+      initiated_ = true;
+      Bytes data{dsfid_};
+      data.insert(data.end(), uid_.begin(), uid_.end());
+      return ok(data);
+    }
+    case kReadEhConfig:
+    case kCheckEhEnable:
+      if (!product_->energyHarvesting) return error(kNotSupported);
+      if (left != 0) return error(kNotRecognized);
+      return ok({code == kReadEhConfig ? configuration_ : ehEnable_});
+    case kWriteEhConfig:
+    case kWriteDoConfig:
+    case kSetResetEhEnable: {
+      if (!product_->energyHarvesting) return error(kNotSupported);
+      if (left != 1) return error(kNotRecognized);
+      const std::uint8_t v = body[pos];
+      if (code == kWriteEhConfig) configuration_ = static_cast<std::uint8_t>((configuration_ & 0x08) | (v & 0x07));
+      else if (code == kWriteDoConfig) configuration_ = static_cast<std::uint8_t>((configuration_ & 0x07) | ((v & 0x01) << 3));
+      else ehEnable_ = v & 0x01;
+      return ok();
+    }
+    case kKill: {
+      // Kill access 00, then the kill password. A kill password still at zero kills nothing.
+      if (!product_->kill) return error(kNotSupported);
+      if (left != 5 || body[pos] != 0x00) return error(kNotRecognized);
+      const Bytes given = password(pos + 1);
+      if (given != killPassword_ || killPassword_ == Bytes(4, 0)) return error(kUnknownError);
+      killed_ = true;
+      return ok();
+    }
+    case kWritePassword: {
+      if (left != 5) return error(kNotRecognized);
+      const int number = body[pos];
+      if (number == 0) {
+        if (!product_->kill) return error(kNotSupported);
+        killPassword_ = password(pos + 1);
+        return ok();
+      }
+      if (!product_->sectorPasswords) return error(kNotSupported);
+      if (number > 3) return error(kUnknownError);
+      // A password is changed only after it was presented; the new one must be presented anew.
+      auto& presented = presented_[static_cast<std::size_t>(number - 1)];
+      if (!presented) return error(kUnknownError);
+      passwords_[static_cast<std::size_t>(number - 1)] = password(pos + 1);
+      presented = false;
+      return ok();
+    }
+    case kPresentPassword: {
+      if (!product_->sectorPasswords) return error(kNotSupported);
+      if (left != 5) return error(kNotRecognized);
+      const int number = body[pos];
+      if (number < 1 || number > 3) return error(kUnknownError);
+      if (password(pos + 1) != passwords_[static_cast<std::size_t>(number - 1)]) {
+        // A wrong password closes every sector again.
+        presented_ = {};
+        return error(kUnknownError);
+      }
+      presented_[static_cast<std::size_t>(number - 1)] = true;
+      return ok();
+    }
+    case kLockSectorPassword: {
+      // The sector number, two bytes low first with the protocol extension flag on the
+      // two-byte products, then the sector security status.
+      if (!product_->sectorPasswords) return error(kNotSupported);
+      const std::size_t numberBytes = (flags & kProtocolExtension) && addressBytes_ == 2 ? 2 : 1;
+      if (left != numberBytes + 1) return error(kNotRecognized);
+      const int sector = static_cast<int>(littleEndian(body, pos, numberBytes));
+      if (sector * kSectorBlocks >= blockCount()) return error(kBlockNotAvailable);
+      if (sectorStatus(sector) & kSectorProtected) return error(kAlreadyLocked);
+      sectorStatus_[sector] = body[pos + numberBytes] & 0x1F;
+      return ok();
     }
     default:
       return error(kNotSupported);

@@ -4,7 +4,9 @@
 // reader's CRC and closes every answer with its own.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -44,6 +46,22 @@ enum Code : std::uint8_t {
   kLockDsfid = 0x2A,
   kGetSystemInfo = 0x2B,
   kGetMultipleBlockSecurityStatus = 0x2C,
+  // Custom commands of the catalogue's families, behind the manufacturer code.
+  kReadEhConfig = 0xA0,
+  kWriteEhConfig = 0xA1,
+  kSetResetEhEnable = 0xA2,
+  kCheckEhEnable = 0xA3,
+  kWriteDoConfig = 0xA4,
+  kKill = 0xA6,
+  kWritePassword = 0xB1,      // password number 00 is the kill password
+  kLockSectorPassword = 0xB2,
+  kPresentPassword = 0xB3,
+  kFastReadSingleBlock = 0xC0,
+  kFastInventoryInitiated = 0xC1,
+  kFastInitiate = 0xC2,
+  kFastReadMultipleBlocks = 0xC3,
+  kInventoryInitiated = 0xD1,
+  kInitiate = 0xD2,
 };
 
 // Error codes of an answer with the error flag.
@@ -55,7 +73,14 @@ enum Error : std::uint8_t {
   kBlockNotAvailable = 0x10,
   kAlreadyLocked = 0x11,
   kLockedContent = 0x12,
+  kReadProtected = 0x15,
 };
+
+// Blocks of one sector of the password-protected families.
+inline constexpr int kSectorBlocks = 32;
+// Sector security status byte of Lock Sector Password: bit 0 protects the sector, bits 1-2
+// say what the password opens, bits 3-4 name the password (1 to 3).
+inline constexpr std::uint8_t kSectorProtected = 0x01;
 
 inline constexpr std::uint8_t kManufacturerCode = 0x02;
 // Custom and proprietary commands carry the manufacturer code behind their code.
@@ -68,6 +93,10 @@ struct Product {
   int blockCount;
   int blockSize;
   int addressBytes;
+  std::uint8_t icReference;  // answered by Get System Info when the entry gives none
+  bool kill;                 // Write Kill and Kill
+  bool sectorPasswords;      // Write, Lock and Present Sector Password
+  bool energyHarvesting;     // EH and data-out configuration
 };
 const Product* findProduct(const std::string& reference);
 
@@ -80,7 +109,9 @@ class Iso15693Tag final : public Tag {
   explicit Iso15693Tag(TagSetup setup);
 
   std::optional<hex::Bytes> receive(const AirFrame& frame) override;
-  void fieldOff() override { state_ = State::Ready; }
+  // Power gone: the state, the initiation and the presented passwords are forgotten; the
+  // passwords, the configuration bytes and a kill are not.
+  void fieldOff() override;
   Json toJson() const override;
 
   State state() const { return state_; }
@@ -90,11 +121,22 @@ class Iso15693Tag final : public Tag {
   bool blockLocked(int block) const { return locked_.count(block) != 0; }
   // Bytes of the block count field of Get System Info: 2 for the two-byte products.
   int addressBytes() const { return addressBytes_; }
+  bool initiated() const { return initiated_; }
+  bool killed() const { return killed_; }
+  // Configuration byte of the energy-harvesting models: bits 0-2 energy harvesting, bit 3
+  // data out. The EH enable byte is the control register's bit 0.
+  std::uint8_t configuration() const { return configuration_; }
+  std::uint8_t ehEnable() const { return ehEnable_; }
+  // The sector security status byte written by Lock Sector Password (0: unprotected).
+  std::uint8_t sectorStatus(int sector) const;
 
  private:
   using Bytes = hex::Bytes;
   std::optional<Bytes> inventory(const Bytes& body);
-  std::optional<Bytes> command(const Bytes& body);
+  std::optional<Bytes> command(const Bytes& body, bool doubleRate);
+  std::optional<Bytes> custom(std::uint8_t code, std::uint8_t flags, const Bytes& body, std::size_t pos);
+  bool canRead(int block) const;
+  bool canWrite(int block) const;
   Bytes ok(const Bytes& data = {}) const;
   Bytes error(std::uint8_t code) const;
   Bytes withCrc(Bytes frame) const;
@@ -110,6 +152,16 @@ class Iso15693Tag final : public Tag {
   int addressBytes_ = 1;
   std::set<int> locked_;
   State state_ = State::Ready;
+  const iso15693::Product* product_ = nullptr;
+  bool doubleRate_ = false;  // the chip listens at the double data rate of the fast commands
+  bool initiated_ = false;
+  bool killed_ = false;
+  Bytes killPassword_ = Bytes(4, 0);
+  std::array<Bytes, 3> passwords_{Bytes(4, 0), Bytes(4, 0), Bytes(4, 0)};
+  std::array<bool, 3> presented_{};
+  std::map<int, std::uint8_t> sectorStatus_;
+  std::uint8_t configuration_ = 0;
+  std::uint8_t ehEnable_ = 0;
 };
 
 std::unique_ptr<Tag> makeIso15693Tag(TagSetup setup);

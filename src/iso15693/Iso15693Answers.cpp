@@ -141,6 +141,55 @@ WriteJudgement judgeStateCommand(std::string_view response) {
   return j;
 }
 
+std::vector<std::string> systemInfoRows(std::string_view response, int rfAddressBytes) {
+  std::vector<std::string> rows;
+  if (response.empty()) return rows;
+  const std::string_view start = response.substr(0, 4);
+  if (start != "000F" && start != "000B") {
+    rows.push_back(systemInfoErrorText(responseErrorCode(response)));
+    return rows;
+  }
+  // Positions count from the information flags: the response without its first byte.
+  const std::string info = mid(response, 3, static_cast<long>(response.size()));
+  std::string uid;
+  for (long p = 17; p >= 3; p -= 2) uid += mid(info, p, 2);
+  rows.push_back(" UID : \t\t" + uid);
+  rows.push_back(" DSFID : \t\t" + mid(info, 19, 2) + "h");
+  rows.push_back(" AFI : \t\t" + mid(info, 21, 2) + "h");
+  const bool known = rfAddressBytes == 1 || rfAddressBytes == 2;
+  if (!known) {
+    // A width the panel does not know: the labels stand alone.
+    rows.push_back(" Memory size : ");
+    rows.push_back(" Block size : ");
+    rows.push_back(" IC reference : ");
+    return rows;
+  }
+  if (start == "000B") {
+    rows.push_back(" Memory size : \tN.A.");
+    rows.push_back(" Block size : \tN.A.");
+    rows.push_back(" IC reference : \t" + mid(info, 23, 2) + "h");
+    return rows;
+  }
+  if (rfAddressBytes == 2) {
+    // Two bytes of block count, high byte first on the screen; the rest shifts by one.
+    rows.push_back(" Memory size : \t" + mid(info, 25, 2) + mid(info, 23, 2) + "h");
+    rows.push_back(" Block size : \t" + mid(info, 27, 2) + "h");
+    rows.push_back(" IC reference : \t" + mid(info, 29, 2) + "h");
+  } else {
+    rows.push_back(" Memory size : \t" + mid(info, 23, 2) + "h");
+    rows.push_back(" Block size : \t" + mid(info, 25, 2) + "h");
+    rows.push_back(" IC reference : \t" + mid(info, 27, 2) + "h");
+  }
+  return rows;
+}
+
+std::optional<std::string> ehStatusText(std::string_view response) {
+  if (response.empty()) return std::nullopt;
+  if (responseFlags(response) == "00") return mid(response, 3, 2);
+  // Whatever the error, the box says only "XX"; the code stays in the trace.
+  return std::string("XX");
+}
+
 std::string transponderRow(std::string_view number, const InventoryEntry& e) {
   return " " + std::string(number) + "\t" + e.uid + "\t\t" + e.dsfid;
 }

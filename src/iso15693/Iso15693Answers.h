@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -94,6 +95,19 @@ WriteJudgement judgeWriteSingleBlock(std::string_view response);
 // Lock, Select, Reset to Ready, Stay Quiet, the AFI and DSFID writes and locks, the EH
 // writes, data out, kill and passwords.
 WriteJudgement judgeStateCommand(std::string_view response);
+
+// --- system information ----------------------------------------------------------------------
+
+// The rows of lstSystemInfo for a Get System Info tag response. "000F": UID, DSFID, AFI,
+// then memory size, block size and IC reference with the field widths of the product
+// (rfAddressBytes), not of the tag's information flags. "000B": the same three rows, then
+// "N.A." for memory and block size and the IC reference from the next byte. Anything
+// else: one row of the system information error table. No rows for an empty response.
+std::vector<std::string> systemInfoRows(std::string_view response, int rfAddressBytes);
+
+// What an EH read (Read E.H. status, Check EH enable) writes into its status box: byte 1
+// of the response for flags "00", "XX" for any other flags, nothing for no response.
+std::optional<std::string> ehStatusText(std::string_view response);
 
 // --- inventory and anticollision -----------------------------------------------------------------
 

@@ -194,8 +194,13 @@ TEST_F(Iso15693TagTest, AfiAndDsfidWritesAndLocks) {
 }
 
 TEST_F(Iso15693TagTest, SystemInformationByAddressWidth) {
-  EXPECT_EQ(send("222B" + kA), tagAnswer("00" "0F" + kA + "A1" "12" "3F" "03" "00"));
+  // VAX30 has no icReference in the entry: its product's IC reference stands.
+  EXPECT_EQ(send("222B" + kA), tagAnswer("00" "0F" + kA + "A1" "12" "3F" "03" "20"));
   EXPECT_EQ(send("2A2B" + kB), tagAnswer("00" "0F" + kB + "B2" "20" "FF07" "03" "5C"));
+  // Without the protocol extension flag a two-byte product leaves its memory size out.
+  EXPECT_EQ(send("222B" + kB), tagAnswer("00" "0B" + kB + "B2" "20" "5C"));
+  // A one-byte product takes the flag as reserved.
+  EXPECT_EQ(send("2A2B" + kA), tagAnswer("00" "0F" + kA + "A1" "12" "3F" "03" "20"));
 }
 
 TEST_F(Iso15693TagTest, BadCrcOrShortFramesAreNotHeard) {

@@ -40,6 +40,9 @@ namespace {
 constexpr const char* kWindowTitle = "ISO15693 Tags : ";
 constexpr const char* kSelectTitle = "TL42RQ CONFIGURATION : ISO15693 10% High Datarate One Subcarrier";
 constexpr const char* kSelectParameters = "010D";
+// The fast commands answer at the tag's double data rate: the chip is switched for them.
+constexpr const char* kFastSelectTitle = "TL42RQ CONFIGURATION : ISO15693 10% High Datarate One Subcarrier FAST READ";
+constexpr const char* kFastSelectParameters = "011D";
 constexpr const char* kNoTransponderUid = "No transponder UID";
 constexpr int kByteBoxWidth = 36;  // a box for two hexadecimal digits
 
@@ -521,10 +524,25 @@ void frmTL42RQ_ISO15693_UI::buildControls() {
   connect(cmdStayQuiet, &QPushButton::clicked, this, [this] { cmdStayQuiet_Click(); });
   connect(cmdLockAFI, &QPushButton::clicked, this, [this] { cmdLockAFI_Click(); });
   connect(cmdLockDSFID, &QPushButton::clicked, this, [this] { cmdLockDSFID_Click(); });
+  connect(cmdGetSystemInfo, &QPushButton::clicked, this, [this] { cmdGetSystemInfo_Click(); });
+  connect(cmdInitiate, &QPushButton::clicked, this, [this] { cmdInitiate_Click(); });
+  connect(cmdInventoryInitiated, &QPushButton::clicked, this, [this] { cmdInventoryInitiated_Click(); });
+  connect(cmdFastInitiate, &QPushButton::clicked, this, [this] { cmdFastInitiate_Click(); });
+  connect(cmdFastInventoryInitiated, &QPushButton::clicked, this, [this] { cmdFastInventoryInitiated_Click(); });
+  connect(cmdFastReadSingleBlock, &QPushButton::clicked, this, [this] { cmdFastReadSingleBlock_Click(); });
+  connect(cmdFastReadMultipleBlock, &QPushButton::clicked, this, [this] { cmdFastReadMultipleBlock_Click(); });
+  connect(cmdLockKill, &QPushButton::clicked, this, [this] { cmdLockKill_Click(); });
+  connect(cmdReadEHconfig, &QPushButton::clicked, this, [this] { cmdReadEHconfig_Click(); });
+  connect(cmdCheckEHenable, &QPushButton::clicked, this, [this] { cmdCheckEHenable_Click(); });
+  connect(cmdWriteEHCfg, &QPushButton::clicked, this, [this] { cmdWriteEHCfg_Click(); });
+  connect(cmdSetEHenable, &QPushButton::clicked, this, [this] { cmdSetEHenable_Click(); });
+  connect(cmdResetEHenable, &QPushButton::clicked, this, [this] { cmdResetEHenable_Click(); });
+  connect(cmdWriteDOconfig, &QPushButton::clicked, this, [this] { cmdWriteDOconfig_Click(); });
 
   // Rules on leaving a box.
   for (QWidget* w : {static_cast<QWidget*>(txtTransponderUID), static_cast<QWidget*>(txtInventoryOptionalAFI),
-                     static_cast<QWidget*>(txtInventoryMaskLenght), static_cast<QWidget*>(txtLOOPnumber)})
+                     static_cast<QWidget*>(txtInventoryMaskLenght), static_cast<QWidget*>(txtLOOPnumber),
+                     static_cast<QWidget*>(txtEHconfig), static_cast<QWidget*>(txtWriteDOconfig)})
     w->installEventFilter(this);
   for (HexLineEdit* box : txtInventoryMaskValue) box->installEventFilter(this);
 }
@@ -535,6 +553,8 @@ bool frmTL42RQ_ISO15693_UI::eventFilter(QObject* watched, QEvent* event) {
     else if (watched == txtInventoryOptionalAFI) txtInventoryOptionalAFI_LostFocus();
     else if (watched == txtInventoryMaskLenght) txtInventoryMaskLenght_LostFocus();
     else if (watched == txtLOOPnumber) txtLOOPnumber_LostFocus();
+    else if (watched == txtEHconfig) txtEHconfig_LostFocus();
+    else if (watched == txtWriteDOconfig) txtWriteDOconfig_LostFocus();
     else
       for (int i = 0; i < 8; ++i)
         if (watched == txtInventoryMaskValue[i]) txtInventoryMaskValue_LostFocus(i);
@@ -702,9 +722,38 @@ std::string frmTL42RQ_ISO15693_UI::frameOf(Command c, const FrameFields& fields)
 
 int frmTL42RQ_ISO15693_UI::sendFrame(const std::string& title, const std::string& frame) {
   const reader::Answer a = exchange(Op::SendReceive, frame);
+  lastStatus_ = a.status;
   txt_ISO15693_request->setText(latin1(frame));
   txt_ISO15693_answer->setText(latin1(a.text));
   // The trace and the cut read the answer back from its box.
+  const std::string answer = text(txt_ISO15693_answer);
+  log().titled(title, reader::logWord(Op::SendReceive), frame, answer);
+  const iso15693::Cut cut = iso15693::cutAnswer(a.status, answer, tagResponse_);
+  if (!cut.traceNote.empty()) log().appendRaw(cut.traceNote);
+  tagResponse_ = cut.response;
+  yieldEvents(1);
+  return static_cast<int>(tagResponse_.size());
+}
+
+int frmTL42RQ_ISO15693_UI::sendFrame(const std::string& title, const std::string& frame, int reconnectMode,
+                                     std::int32_t& status) {
+  if (reconnectMode == 0) {
+    const int n = sendFrame(title, frame);
+    status = lastStatus_;
+    return n;
+  }
+  // The fast commands reconnect with "011D", so that the command can go on at its rate.
+  auto& d = reader::driver();
+  reader::Answer a = reader::callOnce(d, Op::SendReceive, frame);
+  if (a.status == reader::kStatusNoBoard) {
+    std::int32_t s = a.status;
+    DEMO_TL42RQ_A_reconnect_iso15693(reconnectMode, s);
+    a = reader::callOnce(d, Op::SendReceive, frame);
+  }
+  status = a.status;
+  lastStatus_ = a.status;
+  txt_ISO15693_request->setText(latin1(frame));
+  txt_ISO15693_answer->setText(latin1(a.text));
   const std::string answer = text(txt_ISO15693_answer);
   log().titled(title, reader::logWord(Op::SendReceive), frame, answer);
   const iso15693::Cut cut = iso15693::cutAnswer(a.status, answer, tagResponse_);
@@ -977,7 +1026,8 @@ void frmTL42RQ_ISO15693_UI::writeBackRange(long start, long end) {
 int frmTL42RQ_ISO15693_UI::sendReadSingleBlock(long& address, long count, int pageSize, int width) {
   auto& g = glob::state();
   memoryBuffer().Clear();
-  const std::string flags = flagsOf(Command::ReadSingleBlock, width);
+  const Command command = fastReads_ ? Command::FastReadSingleBlock : Command::ReadSingleBlock;
+  const std::string flags = flagsOf(command, width);
   const bool addressed = chk_Select_Address_flag[1]->isChecked();
   int result = 0;
   readStopped_ = false;
@@ -986,8 +1036,9 @@ int frmTL42RQ_ISO15693_UI::sendReadSingleBlock(long& address, long count, int pa
     f.uidFrame = g.transponderUIDFrame;
     f.block = static_cast<std::uint32_t>(address);
     f.width = width;
-    result = sendFrame(iso15693::commandRow(Command::ReadSingleBlock).title,
-                       iso15693::buildFrameWithFlags(Command::ReadSingleBlock, flags, addressed, f));
+    std::int32_t status = 0;
+    result = sendFrame(iso15693::commandRow(command).title,
+                       iso15693::buildFrameWithFlags(command, flags, addressed, f), fastReads_ ? 1 : 0, status);
     std::string row;
     const std::string rflags = iso15693::responseFlags(tagResponse_);
     if (tagResponse_.empty()) row = iso15693::kNoDetectedAnswer;
@@ -1016,8 +1067,9 @@ int frmTL42RQ_ISO15693_UI::sendReadMultipleBlock(long address, long count, int p
   f.block = static_cast<std::uint32_t>(address);
   f.width = width;
   f.count = static_cast<std::uint32_t>(count);
-  const int result = sendFrame(iso15693::commandRow(Command::ReadMultipleBlock).title,
-                               frameOf(Command::ReadMultipleBlock, f));
+  const Command command = fastReads_ ? Command::FastReadMultipleBlock : Command::ReadMultipleBlock;
+  std::int32_t status = 0;
+  const int result = sendFrame(iso15693::commandRow(command).title, frameOf(command, f), fastReads_ ? 1 : 0, status);
   const std::string rflags = iso15693::responseFlags(tagResponse_);
   if (tagResponse_.empty()) {
     for (long i = 0; i < count; ++i) memoryBuffer().AddItem(iso15693::kNoDetectedAnswerLower);
@@ -1134,16 +1186,30 @@ int frmTL42RQ_ISO15693_UI::sendLockSectorPassword(long block, int width, const s
 
 // --- read handlers ------------------------------------------------------------------------------
 
-void frmTL42RQ_ISO15693_UI::cmdReadUser_Click() {
+void frmTL42RQ_ISO15693_UI::cmdReadUser_Click() { readSingleHandler(false); }
+void frmTL42RQ_ISO15693_UI::cmdFastReadSingleBlock_Click() { readSingleHandler(true); }
+
+void frmTL42RQ_ISO15693_UI::readSingleHandler(bool fast) {
   HandlerScope scope(this);
   auto& g = glob::state();
   const Product& product = shell::currentProduct();
+  // The chip goes back to "010D" at every way out of a fast read, also the first.
+  struct FastMode {
+    frmTL42RQ_ISO15693_UI* panel;
+    bool on;
+    ~FastMode() {
+      if (on) panel->leaveFastMode();
+      panel->fastReads_ = false;
+    }
+  } fastMode{this, fast};
   loopOpening(true);
   pageView_->fraPageWrite()->setVisible(false);
   pageView_->clearFill();
   setAddressBoxesLocked(true);
   g.writeMode = 0;
   if (!checkAddressBoxes()) return loopEnding();
+  if (fast) enterFastMode();
+  fastReads_ = fast;
   const long start = addressBoxValue(0);
   const long end = addressBoxValue(1);
   writeBackRange(start, end);
@@ -1168,16 +1234,29 @@ void frmTL42RQ_ISO15693_UI::cmdReadUser_Click() {
   loopEnding();
 }
 
-void frmTL42RQ_ISO15693_UI::cmdReadMultipleBlock_Click() {
+void frmTL42RQ_ISO15693_UI::cmdReadMultipleBlock_Click() { readMultipleHandler(false); }
+void frmTL42RQ_ISO15693_UI::cmdFastReadMultipleBlock_Click() { readMultipleHandler(true); }
+
+void frmTL42RQ_ISO15693_UI::readMultipleHandler(bool fast) {
   HandlerScope scope(this);
   auto& g = glob::state();
   const Product& product = shell::currentProduct();
+  struct FastMode {
+    frmTL42RQ_ISO15693_UI* panel;
+    bool on;
+    ~FastMode() {
+      if (on) panel->leaveFastMode();
+      panel->fastReads_ = false;
+    }
+  } fastMode{this, fast};
   loopOpening(true);
   pageView_->fraPageWrite()->setVisible(false);
   pageView_->clearFill();
   setAddressBoxesLocked(true);
   g.writeMode = 0;
   if (!checkAddressBoxes()) return loopEnding();
+  if (fast) enterFastMode();
+  fastReads_ = fast;
   const long start = addressBoxValue(0);
   const long end = addressBoxValue(1);
   writeBackRange(start, end);
@@ -1517,3 +1596,195 @@ void frmTL42RQ_ISO15693_UI::lockAfiDsfidHandler(int (frmTL42RQ_ISO15693_UI::*rou
 
 void frmTL42RQ_ISO15693_UI::cmdLockAFI_Click() { lockAfiDsfidHandler(&frmTL42RQ_ISO15693_UI::sendLockAFI); }
 void frmTL42RQ_ISO15693_UI::cmdLockDSFID_Click() { lockAfiDsfidHandler(&frmTL42RQ_ISO15693_UI::sendLockDSFID); }
+
+// --- system information ---------------------------------------------------------------------------
+
+void frmTL42RQ_ISO15693_UI::cmdGetSystemInfo_Click() {
+  HandlerScope scope(this);
+  auto& g = glob::state();
+  lstSystemInfo->clear();
+  const int n = sendFrame(iso15693::commandRow(Command::GetSystemInfo).title,
+                          frameOf(Command::GetSystemInfo, withUid(g.transponderUIDFrame)));
+  if (n == 0) {
+    yieldEvents(1);
+    return;
+  }
+  // The field widths come from the chosen product, not from the tag's information flags.
+  for (const std::string& row : iso15693::systemInfoRows(tagResponse_, g.rfAddressBytes))
+    lstSystemInfo->addItem(latin1(row));
+  yieldEvents(1);
+}
+
+// --- initiate family and the fast mode --------------------------------------------------------------
+
+void frmTL42RQ_ISO15693_UI::enterFastMode() {
+  auto& d = reader::driver();
+  const reader::Answer a = reader::callOnce(d, Op::Select, kFastSelectParameters);
+  if (a.status == reader::kStatusNoBoard) {
+    // The reconnect selects "011D" itself; the Select is not repeated.
+    std::int32_t status = a.status;
+    DEMO_TL42RQ_A_reconnect_iso15693(1, status);
+  }
+  txt_ISO15693_answer_FastProtocol->setText(latin1(a.text));
+  log().titled(kFastSelectTitle, reader::logWord(Op::Select), kFastSelectParameters,
+               text(txt_ISO15693_answer_FastProtocol));
+}
+
+void frmTL42RQ_ISO15693_UI::leaveFastMode() {
+  const reader::Answer a = exchange(Op::Select, kSelectParameters);
+  txt_ISO15693_answer_FastProtocol->setText(latin1(a.text));
+  log().titled(kSelectTitle, reader::logWord(Op::Select), kSelectParameters, text(txt_ISO15693_answer_FastProtocol));
+}
+
+int frmTL42RQ_ISO15693_UI::initiateExchange(const char* caption, const std::string& title, const std::string& frame,
+                                            std::int32_t& status, int reconnectMode) {
+  lstTransponderUID->clear();
+  FraINVENTORYresponse->setTitle(caption);
+  const int n = sendFrame(title, frame, reconnectMode, status);
+  // An initiated tag answers as to an inventory; the row's number is always "00".
+  showInventoryResponse("00");
+  return n;
+}
+
+void frmTL42RQ_ISO15693_UI::inventoryInitiatedExchange(iso15693::InventoryCommand command, const char* caption,
+                                                       std::int32_t& status, int reconnectMode) {
+  lstTransponderUID->clear();
+  FraINVENTORYresponse->setTitle(caption);
+  const iso15693::InventoryControls controls = inventoryControls();
+  const auto frame = iso15693::inventoryFrame(controls, command);
+  if (!frame) return endApplication();
+  sendFrame(iso15693::inventoryRow(command).title, *frame, reconnectMode, status);
+  showInventoryResponse(iso15693::inventoryRowNumber(controls));
+  yieldEvents(1);
+}
+
+void frmTL42RQ_ISO15693_UI::cmdInitiate_Click() {
+  HandlerScope scope(this);
+  std::int32_t status = 0;
+  initiateExchange("INITIATE response", iso15693::commandRow(Command::Initiate).title,
+                   frameOf(Command::Initiate, FrameFields{}), status, 0);
+}
+
+void frmTL42RQ_ISO15693_UI::cmdInventoryInitiated_Click() {
+  HandlerScope scope(this);
+  std::int32_t status = 0;
+  inventoryInitiatedExchange(iso15693::InventoryCommand::InventoryInitiated, "INVENTORY INITIATED response", status,
+                             0);
+}
+
+int frmTL42RQ_ISO15693_UI::sendFastInitiate(std::int32_t& status) {
+  return initiateExchange("FAST INITIATE response", iso15693::commandRow(Command::FastInitiate).title,
+                          frameOf(Command::FastInitiate, FrameFields{}), status, 1);
+}
+
+int frmTL42RQ_ISO15693_UI::sendFastInventoryInitiated(std::int32_t& status) {
+  inventoryInitiatedExchange(iso15693::InventoryCommand::FastInventoryInitiated, "FAST INVENTORY INITIATED response",
+                             status, 1);
+  return static_cast<int>(tagResponse_.size());
+}
+
+void frmTL42RQ_ISO15693_UI::cmdFastInitiate_Click() {
+  HandlerScope scope(this);
+  enterFastMode();
+  std::int32_t status = 0;
+  sendFastInitiate(status);
+  if (status == reader::kStatusNoBoard) DEMO_TL42RQ_A_reconnect_iso15693(1, status);
+  leaveFastMode();
+}
+
+void frmTL42RQ_ISO15693_UI::cmdFastInventoryInitiated_Click() {
+  HandlerScope scope(this);
+  enterFastMode();
+  std::int32_t status = 0;
+  sendFastInventoryInitiated(status);
+  if (status == reader::kStatusNoBoard) DEMO_TL42RQ_A_reconnect_iso15693(1, status);
+  leaveFastMode();
+}
+
+int frmTL42RQ_ISO15693_UI::sendFastReadSingleBlock(long& address, long count, int pageSize, int width) {
+  const bool was = fastReads_;
+  fastReads_ = true;
+  const int result = sendReadSingleBlock(address, count, pageSize, width);
+  fastReads_ = was;
+  return result;
+}
+
+int frmTL42RQ_ISO15693_UI::sendFastReadMultipleBlock(long address, long count, int pageSize, int width) {
+  const bool was = fastReads_;
+  fastReads_ = true;
+  const int result = sendReadMultipleBlock(address, count, pageSize, width);
+  fastReads_ = was;
+  return result;
+}
+
+// --- kill ---------------------------------------------------------------------------------------------
+
+// Walks the range as Lock Block does, with its opening, AUTO LOOP step and ending, and
+// sends nothing: the button has never had an exchange in its walk.
+void frmTL42RQ_ISO15693_UI::cmdLockKill_Click() {
+  HandlerScope scope(this);
+  auto& g = glob::state();
+  loopOpening(false);
+  if (!checkAddressBoxes()) return loopEnding();
+  g.transferRunning = true;
+  const long mask = shell::productSizes().blockAddressMask;
+  do {
+    long address = addressBoxValue(0);
+    const long end = addressBoxValue(1);
+    do {
+      yieldEvents(1);
+      if (end == address) g.transferRunning = false;
+      address = (address + 1) & mask;
+    } while (g.transferRunning && !leaving());
+    g.transferRunning = true;
+    autoLoopStep();
+    if (g.stopRequested) break;
+  } while (g.autoLoopActive && !leaving());
+  g.transferRunning = false;
+  loopEnding();
+}
+
+// --- energy harvesting and data out ---------------------------------------------------------------------
+
+void frmTL42RQ_ISO15693_UI::readEhByte(Command c, QLineEdit* box) {
+  HandlerScope scope(this);
+  sendFrame(iso15693::commandRow(c).title, frameOf(c, withUid(glob::state().transponderUIDFrame)));
+  if (const auto t = iso15693::ehStatusText(tagResponse_)) box->setText(latin1(*t));
+}
+
+void frmTL42RQ_ISO15693_UI::cmdReadEHconfig_Click() { readEhByte(Command::ReadEHConfig, txtEHstatus); }
+void frmTL42RQ_ISO15693_UI::cmdCheckEHenable_Click() { readEhByte(Command::CheckEHEnable, txtCheckEHenable); }
+
+int frmTL42RQ_ISO15693_UI::sendWriteEHConfig(const std::string& data) {
+  return sendStateCommand(Command::WriteEHConfig, withData(data));
+}
+int frmTL42RQ_ISO15693_UI::sendSetResetEHConfig(const std::string& data) {
+  return sendStateCommand(Command::SetResetEHConfig, withData(data));
+}
+int frmTL42RQ_ISO15693_UI::sendWriteDOConfig(const std::string& data) {
+  return sendStateCommand(Command::WriteDOConfig, withData(data));
+}
+
+void frmTL42RQ_ISO15693_UI::cmdWriteEHCfg_Click() {
+  HandlerScope scope(this);
+  sendWriteEHConfig(text(txtEHconfig));
+}
+void frmTL42RQ_ISO15693_UI::cmdSetEHenable_Click() {
+  HandlerScope scope(this);
+  sendSetResetEHConfig("01");
+}
+void frmTL42RQ_ISO15693_UI::cmdResetEHenable_Click() {
+  HandlerScope scope(this);
+  sendSetResetEHConfig("00");
+}
+void frmTL42RQ_ISO15693_UI::cmdWriteDOconfig_Click() {
+  HandlerScope scope(this);
+  sendWriteDOConfig(text(txtWriteDOconfig));
+}
+
+void frmTL42RQ_ISO15693_UI::txtEHconfig_LostFocus() {
+  txtEHconfig->setText(latin1(iso15693::byteBoxOnLeave(text(txtEHconfig))));
+}
+void frmTL42RQ_ISO15693_UI::txtWriteDOconfig_LostFocus() {
+  txtWriteDOconfig->setText(latin1(iso15693::byteBoxOnLeave(text(txtWriteDOconfig))));
+}

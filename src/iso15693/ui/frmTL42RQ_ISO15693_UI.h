@@ -85,6 +85,24 @@ class frmTL42RQ_ISO15693_UI : public Panel {
   void cmdLockAFI_Click();
   void cmdLockDSFID_Click();
 
+  // System information and the custom commands of the tag families.
+  void cmdGetSystemInfo_Click();
+  void cmdInitiate_Click();
+  void cmdInventoryInitiated_Click();
+  void cmdFastInitiate_Click();
+  void cmdFastInventoryInitiated_Click();
+  void cmdFastReadSingleBlock_Click();
+  void cmdFastReadMultipleBlock_Click();
+  void cmdLockKill_Click();
+  void cmdReadEHconfig_Click();
+  void cmdCheckEHenable_Click();
+  void cmdWriteEHCfg_Click();
+  void cmdSetEHenable_Click();
+  void cmdResetEHenable_Click();
+  void cmdWriteDOconfig_Click();
+  void txtEHconfig_LostFocus();
+  void txtWriteDOconfig_LostFocus();
+
   // Routines without a control, kept in the panel's method list.
   void readMultipleBlockOneRequest();
   void readWholeMemorySingle();
@@ -109,6 +127,13 @@ class frmTL42RQ_ISO15693_UI : public Panel {
   int sendWriteSectorPassword(int passwordNumber, const std::string& data);
   int sendPresentPassword(int passwordNumber, const std::string& data);
   int sendLockSectorPassword(long block, int width, const std::string& data);
+  int sendFastInitiate(std::int32_t& status);
+  int sendFastInventoryInitiated(std::int32_t& status);
+  int sendFastReadSingleBlock(long& address, long count, int pageSize, int width);
+  int sendFastReadMultipleBlock(long address, long count, int pageSize, int width);
+  int sendWriteEHConfig(const std::string& data);
+  int sendSetResetEHConfig(const std::string& data);
+  int sendWriteDOConfig(const std::string& data);
 
   // The tag response of the last cut answer (it stays when an answer is not cut).
   const std::string& tagResponse() const { return tagResponse_; }
@@ -128,6 +153,21 @@ class frmTL42RQ_ISO15693_UI : public Panel {
   // One Send Receive exchange of the panel: send, show, trace, cut, yield. Returns the
   // length of the tag response in characters.
   int sendFrame(const std::string& title, const std::string& frame);
+  // The same with the status of the exchange and the reconnect mode: 0 selects "010D"
+  // again after a lost board, any other "011D" (the fast commands).
+  int sendFrame(const std::string& title, const std::string& frame, int reconnectMode, std::int32_t& status);
+  // The fast mode wrapper: the chip at the double data rate ("011D") and back ("010D").
+  void enterFastMode();
+  void leaveFastMode();
+  // The inventory family's custom forms share one shape.
+  int initiateExchange(const char* caption, const std::string& title, const std::string& frame, std::int32_t& status,
+                       int reconnectMode);
+  void inventoryInitiatedExchange(iso15693::InventoryCommand command, const char* caption, std::int32_t& status,
+                                  int reconnectMode);
+  // Read E.H. status and Check EH enable: the byte of the answer into its box.
+  void readEhByte(iso15693::Command c, QLineEdit* box);
+  void readSingleHandler(bool fast);
+  void readMultipleHandler(bool fast);
   // A command of the table with the panel's flags; nullopt only for a broken panel.
   std::string frameOf(iso15693::Command c, const iso15693::FrameFields& fields);
   std::string flagsOf(iso15693::Command c, int width);
@@ -259,6 +299,8 @@ class frmTL42RQ_ISO15693_UI : public Panel {
   std::string tagResponse_;
   bool inventoryLoop_ = false;
   bool readStopped_ = false;  // the last sendReadSingleBlock was ended by STOP
+  std::int32_t lastStatus_ = 0;  // status of the last Send Receive
+  bool fastReads_ = false;    // the block reads go out as their fast forms
   bool pageGridOpen_ = false;
   bool busy_ = false;
   std::vector<QWidget*> commandWidgets_;
