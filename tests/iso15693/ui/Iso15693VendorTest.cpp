@@ -213,6 +213,35 @@ class Iso15693VendorTest : public QObject {
     QCOMPARE(f.w<QListWidget>("lstTransponderUID")->count(), 3);
   }
 
+  void fastModeLastsTheWholeAutoLoop() {
+    Fixture f("VAX30");
+    f.open();
+    f.range("05", "05");
+    f.click("chkUserLoop");
+    f.setText("txtLOOPnumber", "2");
+    f.driver.queue(Op::SendReceive, 0, tagAnswer("0011223344"));
+    f.driver.queue(Op::SendReceive, 0, tagAnswer("0055667788"));
+    f.driver.queue(Op::SendReceive, 0, tagAnswer("0099AABBCC"));
+    f.click("cmdFastReadSingleBlock");
+    QCOMPARE(sent(f.driver, Op::Select), (std::vector<std::string>{"011D", "010D"}));
+    QCOMPARE(sent(f.driver), (std::vector<std::string>{"02C00205", "02C00205", "02C00205"}));
+    const auto& calls = f.driver.calls();
+    QCOMPARE(calls.front().op, Op::Select);
+    QCOMPARE(calls.back().op, Op::Select);
+    QVERIFY(!glob::state().autoLoopActive);
+  }
+
+  void aLostBoardAtTheEndReconnectsWith010DAndRepeats() {
+    Fixture f("VAX30");
+    f.open();
+    f.driver.queue(Op::Select, 0, "0000");
+    f.driver.queue(Op::Select, 5, "");
+    f.click("cmdFastInitiate");
+    // Wrapper 011D, the lost 010D, the reconnect's 010D, the repeated 010D.
+    QCOMPARE(sent(f.driver, Op::Select), (std::vector<std::string>{"011D", "010D", "010D", "010D"}));
+    QCOMPARE(f.w<QLineEdit>("txt_ISO15693_answer_FastProtocol")->text(), QString("0000"));
+  }
+
   // --- energy harvesting ---------------------------------------------------------------------------
 
   void setEhEnableSendsA2WithTheUidAnd01() {
@@ -336,6 +365,23 @@ class Iso15693VendorTest : public QObject {
     QCOMPARE(f.log(), before);
     // The ending enabled the commands again.
     QVERIFY(f.w<QPushButton>("cmdLockKill")->isEnabled());
+  }
+
+  void stopEndsAnEndlessLockKill() {
+    Fixture f("VAX30");
+    f.open();
+    f.range("00", "01");
+    f.click("chkUserLoop");
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, [&] {
+      if (f.w<QLabel>("lblLoopCount")->text().toInt() >= 3) f.panel->cmdStopCommand_Click();
+    });
+    watch.start(5);
+    f.click("cmdLockKill");
+    watch.stop();
+    QVERIFY(f.w<QLabel>("lblLoopCount")->text().toInt() >= 3);
+    QVERIFY(f.driver.calls().empty());
+    QVERIFY(!glob::state().stopRequested);
   }
 
   void lockKillWithoutLoopWalksOnceSilently() {
