@@ -250,6 +250,21 @@ class TagDetectionToolTest : public QObject {
     QCOMPARE(f.field("txt_TagDetection_DacDataH_value")->text(), QString("00"));
   }
 
+  void chipTimingOutAtEveryLevelAfterTheFirstGuardEndsAtMinusOne() {
+    Fixture f;
+    int idles = 0;
+    f.board.idle = [&](const std::string&) { return ++idles == 1 ? std::string("000102") : std::string("000101"); };
+    f.calibrate();
+    // The search walks down to code 0; final = -1 gives the low level 00 and the high 0x01.
+    QVERIFY(f.log().find(stepLine("-> 8th step : Calibration with DacDataH=0x00") + kq(calibrationFrame("00"), "000101") +
+                         stepLine(" ---> Calibration result : DacDataL = 0x00 / DacDataH = 0x01")) != std::string::npos);
+    QCOMPARE(text(f.panel, "lblDacDataL_result"), QString("DacDataL = 0x00"));
+    QCOMPARE(f.field("txt_Calibration_DacDataL_result")->text(), QString("00"));
+    QCOMPARE(text(f.panel, "lblDacDataH_result"), QString("DacDataH = 0x01"));
+    QCOMPARE(f.field("txt_Calibration_DacDataH_result")->text(), QString("04"));
+    QCOMPARE(f.field("txt_TagDetection_DacDataH_value")->text(), QString("04"));
+  }
+
   void echoFailingTwiceDoesNotStopTheCalibration() {
     Fixture f;
     f.board.driver.queue(Op::Echo, 1, "");
