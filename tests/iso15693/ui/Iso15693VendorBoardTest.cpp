@@ -99,6 +99,31 @@ class Iso15693VendorBoardTest : public QObject {
     }
   }
 
+  // The catalogue has no HORIZON model; a record renamed after the family word stands in.
+  void theHorizonRowHidesTheVendorGroups() {
+    for (const char* reference : {"HORIZON", "ABCDE-HORIZON2"}) {
+      panel_.reset();
+      board_ = std::make_unique<uitest::SimulatedBoard>();
+      if (!board_->loaded()) qFatal("simulated board not loaded");
+      glob::state() = glob::GlobVariables();
+      glob::state().mcuRevision = "1.4.1";
+      chooseProduct("VAX30");
+      shell::currentProduct().Reference(reference);
+      panel_ = std::make_unique<frmTL42RQ_ISO15693_UI>();
+      panel_->show();
+      const QByteArray p(reference);
+      for (const char* hidden : {"FraAFI", "FraDSFID", "FraKill", "cmdLockBlock", "cmdGetMultipleBlockSecurityStatus",
+                                 "FraPasswordRF", "cmdInitiate", "cmdInventoryInitiated", "cmdFastInitiate",
+                                 "cmdFastInventoryInitiated", "cmdFastReadSingleBlock", "cmdFastReadMultipleBlock",
+                                 "FraEnergyHarvesting", "lblNbData", "cboPageSize"})
+        QVERIFY2(!shown(hidden), p + " " + hidden);
+      // The extension options stay as designed: both shown, index 0 on.
+      QVERIFY2(shown("optExtensionFlag_0") && shown("optExtensionFlag_1"), p);
+      QVERIFY2(w<QRadioButton>("optExtensionFlag_0")->isChecked(), p);
+      QVERIFY2(shown("cmdReadUser") && shown("cmdReadMultipleBlock") && shown("chkLockBits"), p);
+    }
+  }
+
   void systemInfoShowsTheSimulatedTag() {
     open("VAX30");
     chooseUid("E00200001A2B3C40");
