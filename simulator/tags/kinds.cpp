@@ -69,9 +69,6 @@ constexpr KeySpec kFelica[] = {
     blockSize("16"), blockCount("14"), kMemory,
 };
 
-// Every kind answers through the base class until its family's class takes the row over.
-std::unique_ptr<Tag> makeTag(TagSetup setup) { return std::make_unique<Tag>(std::move(setup)); }
-
 constexpr std::array kKinds{
     TagKind{"iso15693", Air::Iso15693, kIso15693, makeIso15693Tag},
     TagKind{"iso14443a", Air::Iso14443A, kIso14443A, makeIso14443ATag},
