@@ -1,6 +1,9 @@
 #include "support/UiTestSupport.h"
 
+#include <QFile>
+
 #include "reader/TraceLog.h"
+#include "shell/Product.h"
 
 namespace uitest {
 
@@ -53,5 +56,15 @@ FixedTime::FixedTime() { reader::setClock(std::make_shared<reader::FixedClock>(r
 FixedTime::~FixedTime() { reader::setClock(nullptr); }
 
 std::string fixture(const std::string& name) { return std::string(TEST_FIXTURES) + "/" + name; }
+
+void chooseProduct(const std::string& reference) {
+  QFile f(QStringLiteral(TL42RQ_SOURCE_DIR "/data/TL42RQ_products.ini"));
+  if (!f.open(QIODevice::ReadOnly)) qFatal("product file missing");
+  const auto p = shell::findProduct(f.readAll().toStdString(), reference);
+  if (!p) qFatal("no product %s", reference.c_str());
+  shell::currentProduct() = *p;
+  shell::productSizes() = shell::deriveSizes(*p);
+  memoryBuffer().Clear();
+}
 
 }  // namespace uitest

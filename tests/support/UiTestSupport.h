@@ -49,4 +49,8 @@ class FixedTime {
 
 std::string fixture(const std::string& name);
 
+// The product as openProduct leaves it: the record of the shipped product file, the
+// derived sizes, an empty memory buffer.
+void chooseProduct(const std::string& reference);
+
 }  // namespace uitest

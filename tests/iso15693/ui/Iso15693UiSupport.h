@@ -31,17 +31,7 @@ namespace iso15693test {
 using reader::FakeDriver;
 using reader::Op;
 
-// The product as openProduct leaves it: the record from the shipped file, the derived
-// sizes, an empty buffer.
-inline void chooseProduct(const std::string& reference) {
-  QFile f(QStringLiteral(TL42RQ_SOURCE_DIR "/data/TL42RQ_products.ini"));
-  if (!f.open(QIODevice::ReadOnly)) qFatal("product file missing");
-  const auto p = shell::findProduct(f.readAll().toStdString(), reference);
-  if (!p) qFatal("no product %s", reference.c_str());
-  shell::currentProduct() = *p;
-  shell::productSizes() = shell::deriveSizes(*p);
-  memoryBuffer().Clear();
-}
+using uitest::chooseProduct;
 
 // Echo and Select answer as a live board does; Send Receive answers from the queue,
 // else "8700" (no tag).
