@@ -1,7 +1,7 @@
 // The NDEF decoder on Type 2 memory images. The messages are built here as the NFC Forum
-// NDEF specification lays records out (header flags MB ME CF SR IL and TNF, type length,
+// NDEF format lays records out (header flags MB ME CF SR IL and TNF, type length,
 // payload length of one or four bytes, type, payload) inside the NDEF message TLV of the
-// Type 2 tag specification; each expected text follows from the record type definitions
+// Type 2 Tag layout; each expected text follows from the record type definitions
 // (Text, URI, Smart Poster, MIME media, vCard 2.1) and the panel's way of showing them.
 #include <gtest/gtest.h>
 
@@ -24,7 +24,7 @@ Bytes operator+(Bytes a, const Bytes& b) {
   return a;
 }
 
-// One record as the NDEF specification lays it out.
+// One record as the NFC Forum NDEF format lays it out.
 Bytes record(unsigned char flags, unsigned char tnf, const Bytes& type, const Bytes& payload) {
   Bytes r{static_cast<unsigned char>(flags | tnf), static_cast<unsigned char>(type.size())};
   if (flags & SR) {
