@@ -1186,6 +1186,33 @@ int frmTL42RQ_ISO15693_UI::sendLockSectorPassword(long block, int width, const s
 
 // --- read handlers ------------------------------------------------------------------------------
 
+frmTL42RQ_ISO15693_UI::FastReadScope::~FastReadScope() {
+  if (on) panel->leaveFastMode();
+  panel->fastReads_ = false;
+}
+
+bool frmTL42RQ_ISO15693_UI::openReadRange(bool fast, ReadRange& range) {
+  loopOpening(true);
+  pageView_->fraPageWrite()->setVisible(false);
+  pageView_->clearFill();
+  setAddressBoxesLocked(true);
+  glob::state().writeMode = 0;
+  if (!checkAddressBoxes()) {
+    loopEnding();
+    return false;
+  }
+  if (fast) enterFastMode();
+  fastReads_ = fast;
+  range.start = addressBoxValue(0);
+  const long end = addressBoxValue(1);
+  writeBackRange(range.start, end);
+  range.count = iso15693::rangeCount(range.start, end, shell::productSizes().blockAddressMask);
+  pageView_->lstReadView()->clear();
+  pageView_->lstReadView()->setVisible(true);
+  lblWriteTime->setText("");
+  return true;
+}
+
 void frmTL42RQ_ISO15693_UI::cmdReadUser_Click() { readSingleHandler(false); }
 void frmTL42RQ_ISO15693_UI::cmdFastReadSingleBlock_Click() { readSingleHandler(true); }
 
@@ -1193,30 +1220,11 @@ void frmTL42RQ_ISO15693_UI::readSingleHandler(bool fast) {
   HandlerScope scope(this);
   auto& g = glob::state();
   const Product& product = shell::currentProduct();
-  // The chip goes back to "010D" at every way out of a fast read, also the first.
-  struct FastMode {
-    frmTL42RQ_ISO15693_UI* panel;
-    bool on;
-    ~FastMode() {
-      if (on) panel->leaveFastMode();
-      panel->fastReads_ = false;
-    }
-  } fastMode{this, fast};
-  loopOpening(true);
-  pageView_->fraPageWrite()->setVisible(false);
-  pageView_->clearFill();
-  setAddressBoxesLocked(true);
-  g.writeMode = 0;
-  if (!checkAddressBoxes()) return loopEnding();
-  if (fast) enterFastMode();
-  fastReads_ = fast;
-  const long start = addressBoxValue(0);
-  const long end = addressBoxValue(1);
-  writeBackRange(start, end);
-  const long count = iso15693::rangeCount(start, end, shell::productSizes().blockAddressMask);
-  pageView_->lstReadView()->clear();
-  pageView_->lstReadView()->setVisible(true);
-  lblWriteTime->setText("");
+  FastReadScope fastMode{this, fast};
+  ReadRange range;
+  if (!openReadRange(fast, range)) return;
+  const long start = range.start;
+  const long count = range.count;
   long address = start;
   int result = sendReadSingleBlock(address, count, product.PageSize(), g.rfAddressBytes);
   // A pass that STOP cut short ends AUTO LOOP as well.
@@ -1241,29 +1249,11 @@ void frmTL42RQ_ISO15693_UI::readMultipleHandler(bool fast) {
   HandlerScope scope(this);
   auto& g = glob::state();
   const Product& product = shell::currentProduct();
-  struct FastMode {
-    frmTL42RQ_ISO15693_UI* panel;
-    bool on;
-    ~FastMode() {
-      if (on) panel->leaveFastMode();
-      panel->fastReads_ = false;
-    }
-  } fastMode{this, fast};
-  loopOpening(true);
-  pageView_->fraPageWrite()->setVisible(false);
-  pageView_->clearFill();
-  setAddressBoxesLocked(true);
-  g.writeMode = 0;
-  if (!checkAddressBoxes()) return loopEnding();
-  if (fast) enterFastMode();
-  fastReads_ = fast;
-  const long start = addressBoxValue(0);
-  const long end = addressBoxValue(1);
-  writeBackRange(start, end);
-  const long count = iso15693::rangeCount(start, end, shell::productSizes().blockAddressMask);
-  pageView_->lstReadView()->clear();
-  pageView_->lstReadView()->setVisible(true);
-  lblWriteTime->setText("");
+  FastReadScope fastMode{this, fast};
+  ReadRange range;
+  if (!openReadRange(fast, range)) return;
+  const long start = range.start;
+  const long count = range.count;
   memoryBuffer().Clear();
   // First pass: aligned chunks of at most eight blocks, with the product's own address
   // width. The walk does not mask its address.

@@ -168,6 +168,20 @@ class frmTL42RQ_ISO15693_UI : public Panel {
   void readEhByte(iso15693::Command c, QLineEdit* box);
   void readSingleHandler(bool fast);
   void readMultipleHandler(bool fast);
+  // The chip goes back to "010D" at every way out of a fast read, also the first.
+  struct FastReadScope {
+    frmTL42RQ_ISO15693_UI* panel;
+    bool on;
+    ~FastReadScope();
+  };
+  struct ReadRange {
+    long start = 0;
+    long count = 0;
+  };
+  // The opening both block-read handlers share: loop opening, grid closed, address
+  // boxes checked, fast mode entered, the range written back and counted, the view
+  // cleared. False when the boxes were wrong (the loop ending has run).
+  bool openReadRange(bool fast, ReadRange& range);
   // A command of the table with the panel's flags; nullopt only for a broken panel.
   std::string frameOf(iso15693::Command c, const iso15693::FrameFields& fields);
   std::string flagsOf(iso15693::Command c, int width);
