@@ -720,19 +720,9 @@ std::string frmTL42RQ_ISO15693_UI::frameOf(Command c, const FrameFields& fields)
   return iso15693::buildFrameWithFlags(c, flagsOf(c, fields.width), chk_Select_Address_flag[1]->isChecked(), fields);
 }
 
-int frmTL42RQ_ISO15693_UI::sendFrame(const std::string& title, const std::string& frame) {
+int frmTL42RQ_ISO15693_UI::sendFrame(const std::string& title, const std::string& frame, ResponseStart start) {
   const reader::Answer a = exchange(Op::SendReceive, frame);
-  lastStatus_ = a.status;
-  txt_ISO15693_request->setText(latin1(frame));
-  txt_ISO15693_answer->setText(latin1(a.text));
-  // The trace and the cut read the answer back from its box.
-  const std::string answer = text(txt_ISO15693_answer);
-  log().titled(title, reader::logWord(Op::SendReceive), frame, answer);
-  const iso15693::Cut cut = iso15693::cutAnswer(a.status, answer, tagResponse_);
-  if (!cut.traceNote.empty()) log().appendRaw(cut.traceNote);
-  tagResponse_ = cut.response;
-  yieldEvents(1);
-  return static_cast<int>(tagResponse_.size());
+  return showAndCut(title, frame, a, start);
 }
 
 int frmTL42RQ_ISO15693_UI::sendFrame(const std::string& title, const std::string& frame, int reconnectMode,
@@ -751,12 +741,21 @@ int frmTL42RQ_ISO15693_UI::sendFrame(const std::string& title, const std::string
     a = reader::callOnce(d, Op::SendReceive, frame);
   }
   status = a.status;
+  return showAndCut(title, frame, a, ResponseStart::Empty);
+}
+
+int frmTL42RQ_ISO15693_UI::showAndCut(const std::string& title, const std::string& frame, const reader::Answer& a,
+                                      ResponseStart start) {
   lastStatus_ = a.status;
   txt_ISO15693_request->setText(latin1(frame));
   txt_ISO15693_answer->setText(latin1(a.text));
+  // The trace and the cut read the answer back from its box.
   const std::string answer = text(txt_ISO15693_answer);
   log().titled(title, reader::logWord(Op::SendReceive), frame, answer);
-  const iso15693::Cut cut = iso15693::cutAnswer(a.status, answer, tagResponse_);
+  // Each command is judged by its own answer: only a loop of one handler may keep the
+  // response of its previous pass when an answer is not cut.
+  const iso15693::Cut cut =
+      iso15693::cutAnswer(a.status, answer, start == ResponseStart::Previous ? tagResponse_ : std::string());
   if (!cut.traceNote.empty()) log().appendRaw(cut.traceNote);
   tagResponse_ = cut.response;
   yieldEvents(1);
@@ -817,8 +816,11 @@ void frmTL42RQ_ISO15693_UI::cmdInventory_Click() {
   const auto frame = iso15693::inventoryFrame(controls, iso15693::InventoryCommand::Inventory);
   if (!frame) return endApplication();
   const std::string number = iso15693::inventoryRowNumber(controls);
+  // The first pass starts from no response; later passes show the last good row again
+  // when their answer is not cut.
+  tagResponse_.clear();
   do {
-    sendFrame(iso15693::inventoryRow(iso15693::InventoryCommand::Inventory).title, *frame);
+    sendFrame(iso15693::inventoryRow(iso15693::InventoryCommand::Inventory).title, *frame, ResponseStart::Previous);
     showInventoryResponse(number);
     yieldEvents(1);
   } while (inventoryLoop_ && !leaving());

@@ -135,7 +135,7 @@ class frmTL42RQ_ISO15693_UI : public Panel {
   int sendSetResetEHConfig(const std::string& data);
   int sendWriteDOConfig(const std::string& data);
 
-  // The tag response of the last cut answer (it stays when an answer is not cut).
+  // The tag response of the last exchange (empty when its answer was not cut).
   const std::string& tagResponse() const { return tagResponse_; }
   bool inventoryLoop() const { return inventoryLoop_; }
   MemoryPageView* pageView() const { return pageView_; }
@@ -150,12 +150,17 @@ class frmTL42RQ_ISO15693_UI : public Panel {
   void load();
   bool applyProductTable();
 
+  // Where the tag response of an exchange starts: empty, so that the command is judged
+  // by its own answer alone; or, inside the inventory loop, the previous pass's response.
+  enum class ResponseStart { Empty, Previous };
   // One Send Receive exchange of the panel: send, show, trace, cut, yield. Returns the
   // length of the tag response in characters.
-  int sendFrame(const std::string& title, const std::string& frame);
+  int sendFrame(const std::string& title, const std::string& frame, ResponseStart start = ResponseStart::Empty);
   // The same with the status of the exchange and the reconnect mode: 0 selects "010D"
   // again after a lost board, any other "011D" (the fast commands).
   int sendFrame(const std::string& title, const std::string& frame, int reconnectMode, std::int32_t& status);
+  // Shows request and answer, appends the trace entry, cuts the answer and yields.
+  int showAndCut(const std::string& title, const std::string& frame, const reader::Answer& a, ResponseStart start);
   // The fast mode wrapper: the chip at the double data rate ("011D") and back ("010D").
   void enterFastMode();
   void leaveFastMode();

@@ -123,6 +123,62 @@ struct Fixture {
   QStringList view() { return rows(w<QListWidget>("lstReadView")); }
 };
 
+// The panel opened on the real simulated board with a field given as JSON text, with
+// short ways to take the tags out of the field and to unplug the board.
+struct BoardFixture {
+  uitest::SimulatedBoard board;
+  ScriptedDialogs dialogs;
+  std::string field;
+  std::unique_ptr<frmTL42RQ_ISO15693_UI> panel;
+
+  BoardFixture(const std::string& reference, const std::string& fieldJson) : field(fieldJson) {
+    if (!board.loaded()) qFatal("simulated board not loaded");
+    if (board.loadField(field) != 0) qFatal("%s", board.lastError().c_str());
+    board.reset();
+    glob::state() = glob::GlobVariables();
+    glob::state().mcuRevision = "1.4.1";
+    chooseProduct(reference);
+    setDialogs(&dialogs);
+    panel = std::make_unique<frmTL42RQ_ISO15693_UI>();
+    panel->show();
+  }
+  ~BoardFixture() {
+    panel.reset();
+    setDialogs(nullptr);
+  }
+  // Every tag of the field leaves it: the same field with each tag marked out of it.
+  void takeTagsOut() {
+    const std::string type = "\"type\"", out_of_field = "\"inField\": false, ";
+    std::string out = field;
+    for (std::size_t at = 0; (at = out.find(type, at)) != std::string::npos; at += out_of_field.size() + type.size())
+      out.insert(at, out_of_field);
+    if (board.loadField(out) != 0) qFatal("%s", board.lastError().c_str());
+  }
+  template <typename T = QWidget>
+  T* w(const QString& name) {
+    return uitest::find<T>(panel.get(), name);
+  }
+  void click(const QString& name) { QTest::mouseClick(w<QAbstractButton>(name), Qt::LeftButton); }
+  void check(const QString& name, bool on) { w<QAbstractButton>(name)->setChecked(on); }
+  void range(const QString& from, const QString& to) {
+    w<QTabBar>("tabStripchoice")->setCurrentIndex(1);
+    w<QLineEdit>("txtUserAddress_0")->setText(from);
+    w<QLineEdit>("txtUserAddress_1")->setText(to);
+  }
+  // Opens the grid with `opener`, types the bytes and writes.
+  void gridWrite(const QString& opener, const std::string& bytes) {
+    click(opener);
+    w<MaskedEdit>("PWData_0")->setMaskedText(bytes);
+    click("cmdWriteUser");
+  }
+  QString answer() { return w<QLineEdit>("txt_ISO15693_answer")->text(); }
+  QString result() { return w<QLabel>("lblWriteTime")->text(); }
+  QStringList view() { return rows(w<QListWidget>("lstReadView")); }
+  QStringList transponders() { return rows(w<QListWidget>("lstTransponderUID")); }
+  QStringList systemInfo() { return rows(w<QListWidget>("lstSystemInfo")); }
+  std::string log() const { return panel->log().text(); }
+};
+
 // One titled exchange as the trace writes it at the fixed time.
 inline std::string entry(const std::string& title, const std::string& word, const std::string& request,
                          const std::string& answer) {
