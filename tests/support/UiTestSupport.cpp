@@ -1,6 +1,10 @@
 #include "support/UiTestSupport.h"
 
 #include <QFile>
+#include <QTemporaryDir>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
 
 #include "reader/TraceLog.h"
 #include "shell/Product.h"
@@ -56,6 +60,28 @@ FixedTime::FixedTime() { reader::setClock(std::make_shared<reader::FixedClock>(r
 FixedTime::~FixedTime() { reader::setClock(nullptr); }
 
 std::string fixture(const std::string& name) { return std::string(TEST_FIXTURES) + "/" + name; }
+
+int loadFieldWithAnswers(SimulatedBoard& board, const std::string& fixtureName, const std::vector<Answer>& answers) {
+  using Json = nlohmann::ordered_json;
+  std::ifstream in(fixture(fixtureName), std::ios::binary);
+  if (!in) qFatal("fixture %s missing", fixtureName.c_str());
+  Json field = Json::parse(std::string(std::istreambuf_iterator<char>(in), {}), nullptr, true, true);
+  Json& list = field["answers"] = Json::array();
+  for (const Answer& a : answers) {
+    Json entry{{"op", a.op}};
+    if (!a.request.empty()) entry["request"] = a.request;
+    if (!a.answer.empty()) entry["answer"] = a.answer;
+    entry["status"] = a.status;
+    if (a.times >= 0) entry["times"] = a.times;
+    list.push_back(std::move(entry));
+  }
+  // The board follows a field loaded from a file, so every file stays until the program ends.
+  static QTemporaryDir dir;
+  static int count = 0;
+  const std::string path = dir.path().toStdString() + "/field_answers_" + std::to_string(++count) + ".json";
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << field.dump(2);
+  return board.loadField(path);
+}
 
 void chooseProduct(const std::string& reference) {
   QFile f(QStringLiteral(TL42RQ_SOURCE_DIR "/data/TL42RQ_products.ini"));

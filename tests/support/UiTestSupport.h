@@ -7,6 +7,7 @@
 #include <QWidget>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "reader/Drivers.h"
 #include "shell/ui/Dialogs.h"
@@ -39,6 +40,23 @@ class SimulatedBoard {
   std::unique_ptr<reader::ReaderDriver> driver_;
   bool loaded_ = false;
 };
+
+// One answer override of the field file ("answers"; docs/field-file.md): the board gives
+// `answer` and `status` instead of the simulation to `op` calls whose request begins with
+// `request` ("" for all), `times` times (-1: every time).
+struct Answer {
+  std::string op;  // as the library exports it: "TL42RQDll_SendReceive"
+  std::string request;
+  std::string answer;
+  int status = 0;
+  int times = -1;
+};
+
+// Writes the fixture field `fixtureName` (tests/fixtures) with `answers` as its "answers"
+// list to a file of its own in a temporary directory that lives as long as the test
+// program, and loads that file into the board. Returns TL42RQSim_LoadField's result, 0
+// when the field was taken (else board.lastError() says why).
+int loadFieldWithAnswers(SimulatedBoard& board, const std::string& fixtureName, const std::vector<Answer>& answers);
 
 // Fixes the trace clock at 11-21-2026 10:20:30 for the life of the object.
 class FixedTime {
