@@ -16,6 +16,16 @@ const char* kOneTag = R"({ "board": { "present": true, "mcuRevision": [1, 4, 1] 
 const char* kHarvestingTag = R"({ "board": { "present": true, "mcuRevision": [1, 4, 1] }, "tags": [
   { "type": "iso15693", "product": "VAS60E", "uid": "E002000055667781", "dsfid": "B2",
     "blockSize": 4, "blockCount": 2048, "memory": "CAFEBABE" } ] })";
+// The tag of kOneTag with the board's answers to some requests given by the field file.
+std::string oneTagAnswering(const std::string& answers) {
+  std::string field = kOneTag;
+  field.insert(field.rfind('}'), ", \"answers\": [" + answers + "]");
+  return field;
+}
+std::string sendReceiveAnswer(const std::string& request, const std::string& answer) {
+  return R"({ "op": "TL42RQDll_SendReceive", "request": ")" + request + R"(", "answer": ")" + answer +
+         R"(", "times": 1 })";
+}
 const QString kBlock5 = "05   05 06 07 08 ";
 const QString kTagRow = " 00\tE00200001A2B3C40\t\tA1";
 
@@ -190,6 +200,46 @@ class Iso15693OwnAnswerTest : public QObject {
     f.click("cmdReadEHconfig");
     QCOMPARE(f.answer(), QString("8700"));
     QCOMPARE(f.w<QLineEdit>("txtEHstatus")->text(), status);
+  }
+
+  // Answers that only the board's answer overrides produce.
+  void replyOfLengthThreeEndsAsNoAnswer() {
+    BoardFixture f("VAX30", oneTagAnswering(sendReceiveAnswer("022005", "8003ABCD00")));
+    f.range("05", "05");
+    f.click("cmdReadUser");
+    QCOMPARE(f.answer(), QString("8003ABCD00"));
+    QVERIFY(f.log().ends_with("<<< 8003ABCD00"));
+    QCOMPARE(f.view(), QStringList{"05   No detected answer"});
+  }
+
+  void flaggedTailWithAGoodCrcIsNotedAndUsed() {
+    BoardFixture f("VAX30", oneTagAnswering(sendReceiveAnswer("022005", "800800AABBCCDD627C02")));
+    f.range("05", "05");
+    f.click("cmdReadUser");
+    QVERIFY(f.log().ends_with("<<< 800800AABBCCDD627C02  02 -> CRC OK"));
+    QCOMPARE(f.view(), QStringList{"05   AA BB CC DD "});
+  }
+
+  void flaggedTailWithABadCrcIsNotedAndNotUsed() {
+    BoardFixture f("VAX30", oneTagAnswering(sendReceiveAnswer("022005", "800800AABBCCDD000002")));
+    f.range("05", "05");
+    f.click("cmdReadUser");
+    QVERIFY(f.log().ends_with("<<< 800800AABBCCDD000002  02 -> CRC HS (expected=627C)"));
+    QCOMPARE(f.view(), QStringList{"05   No detected answer"});
+    // The override answered once; the tag itself answers the next read.
+    f.click("cmdReadUser");
+    QCOMPARE(f.view(), QStringList{kBlock5});
+  }
+
+  void systemInfoErrorAnswersGiveOneRow() {
+    BoardFixture f("VAX30", oneTagAnswering(sendReceiveAnswer("022B", "8005010F68EE00") + ", " +
+                                            sendReceiveAnswer("022B", "800501009F1600")));
+    f.click("cmdGetSystemInfo");
+    QCOMPARE(f.systemInfo(), QStringList{"error code 0F : other error"});
+    f.click("cmdGetSystemInfo");
+    QCOMPARE(f.systemInfo(), QStringList{"No Error"});
+    f.click("cmdGetSystemInfo");
+    QCOMPARE(f.systemInfo().first(), QString(" UID : \t\tE00200001A2B3C40"));
   }
 
   void autoLoopForEverEndsWhenTheTagLeaves() {
