@@ -147,8 +147,7 @@ class Iso15693OwnAnswerTest : public QObject {
 
   void systemInfoOfAKilledTagListsNothing() {
     BoardFixture f("VAX30", kOneTag);
-    f.w<QLineEdit>("txtTransponderUID")->setText("E00200001A2B3C40");
-    QTest::mouseClick(f.w("lblChoosenTag"), Qt::LeftButton);
+    f.chooseUid("E00200001A2B3C40");
     f.click("cmdSelect");
     f.check("chk_Select_Address_flag_0", true);
     f.range("00", "00");
@@ -175,8 +174,7 @@ class Iso15693OwnAnswerTest : public QObject {
 
   void stateCommandWithTheBoardLostKeepsTheLastResult() {
     BoardFixture f("VAX30", kOneTag);
-    f.w<QLineEdit>("txtTransponderUID")->setText("E00200001A2B3C40");
-    QTest::mouseClick(f.w("lblChoosenTag"), Qt::LeftButton);
+    f.chooseUid("E00200001A2B3C40");
     f.click("cmdSelect");
     QCOMPARE(f.result(), QString("OK"));
     f.click("cmdResetToReady");

@@ -12,6 +12,7 @@
 #include <QRadioButton>
 #include <QTabBar>
 #include <QtTest>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -131,13 +132,18 @@ struct BoardFixture {
   std::string field;
   std::unique_ptr<frmTL42RQ_ISO15693_UI> panel;
 
-  BoardFixture(const std::string& reference, const std::string& fieldJson) : field(fieldJson) {
+  // `fieldJson` is the field's text or a file's path; `beforeOpening` may change the
+  // chosen product before the panel opens on it.
+  BoardFixture(const std::string& reference, const std::string& fieldJson,
+               const std::function<void()>& beforeOpening = {})
+      : field(fieldJson) {
     if (!board.loaded()) qFatal("simulated board not loaded");
     if (board.loadField(field) != 0) qFatal("%s", board.lastError().c_str());
     board.reset();
     glob::state() = glob::GlobVariables();
     glob::state().mcuRevision = "1.4.1";
     chooseProduct(reference);
+    if (beforeOpening) beforeOpening();
     setDialogs(&dialogs);
     panel = std::make_unique<frmTL42RQ_ISO15693_UI>();
     panel->show();
@@ -171,6 +177,13 @@ struct BoardFixture {
     w<MaskedEdit>("PWData_0")->setMaskedText(bytes);
     click("cmdWriteUser");
   }
+  // Chooses the UID through the box and a click on the label "Tag :".
+  void chooseUid(const QString& uid) {
+    w<QLineEdit>("txtTransponderUID")->setText(uid);
+    QTest::mouseClick(w("lblChoosenTag"), Qt::LeftButton);
+  }
+  bool shown(const QString& name) { return !w(name)->isHidden(); }
+  QString request() { return w<QLineEdit>("txt_ISO15693_request")->text(); }
   QString answer() { return w<QLineEdit>("txt_ISO15693_answer")->text(); }
   QString result() { return w<QLabel>("lblWriteTime")->text(); }
   QStringList view() { return rows(w<QListWidget>("lstReadView")); }

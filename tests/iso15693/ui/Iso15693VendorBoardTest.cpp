@@ -16,59 +16,16 @@ const std::string kUidB = "81776655000002E0";  // VAS60E E002000055667781
 class Iso15693VendorBoardTest : public QObject {
   Q_OBJECT
 
-  std::unique_ptr<uitest::SimulatedBoard> board_;
-  std::unique_ptr<frmTL42RQ_ISO15693_UI> panel_;
-  ScriptedDialogs dialogs_;
+  std::unique_ptr<BoardFixture> f_;
 
-  frmTL42RQ_ISO15693_UI& open(const std::string& product) {
-    panel_.reset();
-    board_ = std::make_unique<uitest::SimulatedBoard>();
-    if (!board_->loaded()) qFatal("simulated board not loaded");
-    if (board_->loadField(uitest::fixture("field_iso15693_vendor.json")) != 0) qFatal("%s", board_->lastError().c_str());
-    board_->reset();
-    glob::state() = glob::GlobVariables();
-    glob::state().mcuRevision = "1.4.1";
-    chooseProduct(product);
-    panel_ = std::make_unique<frmTL42RQ_ISO15693_UI>();
-    panel_->show();
-    return *panel_;
+  BoardFixture& open(const std::string& product) {
+    f_.reset();
+    f_ = std::make_unique<BoardFixture>(product, uitest::fixture("field_iso15693_vendor.json"));
+    return *f_;
   }
-  template <typename T = QWidget>
-  T* w(const QString& name) {
-    return uitest::find<T>(panel_.get(), name);
-  }
-  void click(const QString& name) { QTest::mouseClick(w<QAbstractButton>(name), Qt::LeftButton); }
-  void chooseUid(const QString& uid) {
-    w<QLineEdit>("txtTransponderUID")->setText(uid);
-    QTest::mouseClick(w("lblChoosenTag"), Qt::LeftButton);
-  }
-  void userMode(const QString& from, const QString& to) {
-    w<QTabBar>("tabStripchoice")->setCurrentIndex(1);
-    w<QLineEdit>("txtUserAddress_0")->setText(from);
-    w<QLineEdit>("txtUserAddress_1")->setText(to);
-  }
-  // Opens the grid with `opener`, types the bytes and writes.
-  void gridWrite(const QString& opener, const std::string& bytes) {
-    click(opener);
-    w<MaskedEdit>("PWData_0")->setMaskedText(bytes);
-    click("cmdWriteUser");
-  }
-  QString result() { return w<QLabel>("lblWriteTime")->text(); }
-  QString request() { return w<QLineEdit>("txt_ISO15693_request")->text(); }
-  QStringList systemInfo() { return rows(w<QListWidget>("lstSystemInfo")); }
-  QStringList view() { return rows(w<QListWidget>("lstReadView")); }
-  bool shown(const QString& name) { return !w(name)->isHidden(); }
 
  private slots:
-  void init() {
-    dialogs_ = ScriptedDialogs();
-    setDialogs(&dialogs_);
-  }
-  void cleanup() {
-    panel_.reset();
-    board_.reset();
-    setDialogs(nullptr);
-  }
+  void cleanup() { f_.reset(); }
 
   void eachRowOfTheProductTableShowsItsGroups() {
     struct Row {
@@ -83,188 +40,183 @@ class Iso15693VendorBoardTest : public QObject {
         {"QLN41E", true, false, false, true, true, true, false, true},
     };
     for (const Row& r : table) {
-      open(r.product);
-      w<QTabBar>("tabStripchoice")->setCurrentIndex(1);
+      BoardFixture& f = open(r.product);
+      f.w<QTabBar>("tabStripchoice")->setCurrentIndex(1);
       const QByteArray p(r.product);
-      QVERIFY2(shown("FraAFI") == r.afi && shown("FraDSFID") == r.afi, p);
-      QVERIFY2(shown("FraKill") == r.kill, p);
-      QVERIFY2(shown("cmdLockBlock") == r.lockBlock, p);
-      QVERIFY2(shown("cmdGetMultipleBlockSecurityStatus"), p);
-      QVERIFY2(shown("FraPasswordRF") == r.password, p);
-      QVERIFY2(shown("cmdReadMultipleBlock") == r.readMultiple, p);
-      QVERIFY2(shown("optExtensionFlag_0") == r.extensionShown && shown("optExtensionFlag_1") == r.extensionShown, p);
-      QVERIFY2(w<QRadioButton>("optExtensionFlag_1")->isChecked() == r.extension1, p);
-      QVERIFY2(shown("FraEnergyHarvesting") == r.harvesting, p);
-      QVERIFY2(shown("cmdFastReadSingleBlock") && shown("cmdFastInitiate"), p);
+      QVERIFY2(f.shown("FraAFI") == r.afi && f.shown("FraDSFID") == r.afi, p);
+      QVERIFY2(f.shown("FraKill") == r.kill, p);
+      QVERIFY2(f.shown("cmdLockBlock") == r.lockBlock, p);
+      QVERIFY2(f.shown("cmdGetMultipleBlockSecurityStatus"), p);
+      QVERIFY2(f.shown("FraPasswordRF") == r.password, p);
+      QVERIFY2(f.shown("cmdReadMultipleBlock") == r.readMultiple, p);
+      QVERIFY2(f.shown("optExtensionFlag_0") == r.extensionShown && f.shown("optExtensionFlag_1") == r.extensionShown, p);
+      QVERIFY2(f.w<QRadioButton>("optExtensionFlag_1")->isChecked() == r.extension1, p);
+      QVERIFY2(f.shown("FraEnergyHarvesting") == r.harvesting, p);
+      QVERIFY2(f.shown("cmdFastReadSingleBlock") && f.shown("cmdFastInitiate"), p);
     }
   }
 
   // The catalogue has no HORIZON model; a record renamed after the family word stands in.
   void theHorizonRowHidesTheVendorGroups() {
     for (const char* reference : {"HORIZON", "ABCDE-HORIZON2"}) {
-      panel_.reset();
-      board_ = std::make_unique<uitest::SimulatedBoard>();
-      if (!board_->loaded()) qFatal("simulated board not loaded");
-      glob::state() = glob::GlobVariables();
-      glob::state().mcuRevision = "1.4.1";
-      chooseProduct("VAX30");
-      shell::currentProduct().Reference(reference);
-      panel_ = std::make_unique<frmTL42RQ_ISO15693_UI>();
-      panel_->show();
+      f_.reset();
+      f_ = std::make_unique<BoardFixture>("VAX30", uitest::fixture("field_iso15693_vendor.json"),
+                                          [reference] { shell::currentProduct().Reference(reference); });
+      BoardFixture& f = *f_;
       const QByteArray p(reference);
       for (const char* hidden : {"FraAFI", "FraDSFID", "FraKill", "cmdLockBlock", "cmdGetMultipleBlockSecurityStatus",
                                  "FraPasswordRF", "cmdInitiate", "cmdInventoryInitiated", "cmdFastInitiate",
                                  "cmdFastInventoryInitiated", "cmdFastReadSingleBlock", "cmdFastReadMultipleBlock",
                                  "FraEnergyHarvesting", "lblNbData", "cboPageSize"})
-        QVERIFY2(!shown(hidden), p + " " + hidden);
+        QVERIFY2(!f.shown(hidden), p + " " + hidden);
       // The extension options stay as designed: both shown, index 0 on.
-      QVERIFY2(shown("optExtensionFlag_0") && shown("optExtensionFlag_1"), p);
-      QVERIFY2(w<QRadioButton>("optExtensionFlag_0")->isChecked(), p);
-      QVERIFY2(shown("cmdReadUser") && shown("cmdReadMultipleBlock") && shown("chkLockBits"), p);
+      QVERIFY2(f.shown("optExtensionFlag_0") && f.shown("optExtensionFlag_1"), p);
+      QVERIFY2(f.w<QRadioButton>("optExtensionFlag_0")->isChecked(), p);
+      QVERIFY2(f.shown("cmdReadUser") && f.shown("cmdReadMultipleBlock") && f.shown("chkLockBits"), p);
     }
   }
 
   void systemInfoShowsTheSimulatedTag() {
-    open("VAX30");
-    chooseUid("E00200001A2B3C40");
-    w<QCheckBox>("chk_Select_Address_flag_1")->setChecked(true);
-    click("cmdGetSystemInfo");
-    QCOMPARE(request().toStdString(), "222B" + kUidA);
-    QCOMPARE(systemInfo(), (QStringList{" UID : \t\tE00200001A2B3C40", " DSFID : \t\tA1h", " AFI : \t\t12h",
+    BoardFixture& f = open("VAX30");
+    f.chooseUid("E00200001A2B3C40");
+    f.w<QCheckBox>("chk_Select_Address_flag_1")->setChecked(true);
+    f.click("cmdGetSystemInfo");
+    QCOMPARE(f.request().toStdString(), "222B" + kUidA);
+    QCOMPARE(f.systemInfo(), (QStringList{" UID : \t\tE00200001A2B3C40", " DSFID : \t\tA1h", " AFI : \t\t12h",
                                         " Memory size : \t3Fh", " Block size : \t03h", " IC reference : \t20h"}));
   }
 
   void systemInfoOfATwoByteTagByTheExtensionFlag() {
-    open("VAS60E");
-    chooseUid("E002000055667781");
-    w<QCheckBox>("chk_Select_Address_flag_1")->setChecked(true);
-    click("cmdGetSystemInfo");
-    QCOMPARE(request().toStdString(), "222B" + kUidB);
-    QCOMPARE(systemInfo(), (QStringList{" UID : \t\tE002000055667781", " DSFID : \t\tB2h", " AFI : \t\t00h",
+    BoardFixture& f = open("VAS60E");
+    f.chooseUid("E002000055667781");
+    f.w<QCheckBox>("chk_Select_Address_flag_1")->setChecked(true);
+    f.click("cmdGetSystemInfo");
+    QCOMPARE(f.request().toStdString(), "222B" + kUidB);
+    QCOMPARE(f.systemInfo(), (QStringList{" UID : \t\tE002000055667781", " DSFID : \t\tB2h", " AFI : \t\t00h",
                                         " Memory size : \tN.A.", " Block size : \tN.A.", " IC reference : \t5Eh"}));
-    w<QRadioButton>("optExtensionFlag_1")->setChecked(true);
-    click("cmdGetSystemInfo");
-    QCOMPARE(request().toStdString(), "2A2B" + kUidB);
-    QCOMPARE(systemInfo().mid(3), (QStringList{" Memory size : \t07FFh", " Block size : \t03h", " IC reference : \t5Eh"}));
+    f.w<QRadioButton>("optExtensionFlag_1")->setChecked(true);
+    f.click("cmdGetSystemInfo");
+    QCOMPARE(f.request().toStdString(), "2A2B" + kUidB);
+    QCOMPARE(f.systemInfo().mid(3), (QStringList{" Memory size : \t07FFh", " Block size : \t03h", " IC reference : \t5Eh"}));
   }
 
   void afiWrittenThroughTheGridIsFoundByAnAfiInventory() {
-    open("VAX30");
-    w<QCheckBox>("chkInventoryAFIOptions")->setChecked(true);
-    w<QLineEdit>("txtInventoryOptionalAFI")->setText("77");
-    click("cmdInventory");
-    QCOMPARE(request(), QString("36017700"));
-    QCOMPARE(w<QListWidget>("lstTransponderUID")->count(), 2);  // header only: no tag has AFI 77
+    BoardFixture& f = open("VAX30");
+    f.w<QCheckBox>("chkInventoryAFIOptions")->setChecked(true);
+    f.w<QLineEdit>("txtInventoryOptionalAFI")->setText("77");
+    f.click("cmdInventory");
+    QCOMPARE(f.request(), QString("36017700"));
+    QCOMPARE(f.w<QListWidget>("lstTransponderUID")->count(), 2);  // header only: no tag has AFI 77
 
-    chooseUid("E00200001A2B3C40");
-    w<QCheckBox>("chk_Select_Address_flag_1")->setChecked(true);
-    userMode("00", "00");
-    click("cmdWriteAFI");
-    w<MaskedEdit>("mskFillPage")->setMaskedText("77");
-    click("cmdWriteUser");
-    QCOMPARE(request().toStdString(), "2227" + kUidA + "77");
-    QCOMPARE(result(), QString("OK"));
+    f.chooseUid("E00200001A2B3C40");
+    f.w<QCheckBox>("chk_Select_Address_flag_1")->setChecked(true);
+    f.range("00", "00");
+    f.click("cmdWriteAFI");
+    f.w<MaskedEdit>("mskFillPage")->setMaskedText("77");
+    f.click("cmdWriteUser");
+    QCOMPARE(f.request().toStdString(), "2227" + kUidA + "77");
+    QCOMPARE(f.result(), QString("OK"));
 
-    w<QTabBar>("tabStripchoice")->setCurrentIndex(0);
-    click("cmdInventory");
-    QCOMPARE(rows(w<QListWidget>("lstTransponderUID")),
+    f.w<QTabBar>("tabStripchoice")->setCurrentIndex(0);
+    f.click("cmdInventory");
+    QCOMPARE(rows(f.w<QListWidget>("lstTransponderUID")),
              (QStringList{"\tUID\t\t\tDSFID", "", " 00\tE00200001A2B3C40\t\tA1"}));
-    click("cmdGetSystemInfo");
-    QCOMPARE(systemInfo()[2], QString(" AFI : \t\t77h"));
+    f.click("cmdGetSystemInfo");
+    QCOMPARE(f.systemInfo()[2], QString(" AFI : \t\t77h"));
 
     // Locked, the AFI refuses the next write with the tag's error code.
-    w<QTabBar>("tabStripchoice")->setCurrentIndex(1);
-    click("cmdLockAFI");
-    QCOMPARE(request().toStdString(), "2228" + kUidA);
-    QCOMPARE(result(), QString("OK"));
-    click("cmdWriteAFI");
-    w<MaskedEdit>("mskFillPage")->setMaskedText("12");
-    click("cmdWriteUser");
-    QCOMPARE(result(), QString("12 : unknown error code"));
+    f.w<QTabBar>("tabStripchoice")->setCurrentIndex(1);
+    f.click("cmdLockAFI");
+    QCOMPARE(f.request().toStdString(), "2228" + kUidA);
+    QCOMPARE(f.result(), QString("OK"));
+    f.click("cmdWriteAFI");
+    f.w<MaskedEdit>("mskFillPage")->setMaskedText("12");
+    f.click("cmdWriteUser");
+    QCOMPARE(f.result(), QString("12 : unknown error code"));
   }
 
   void sectorPasswordProtectsABlockUntilPresented() {
-    open("VAS60E");
-    chooseUid("E002000055667781");
-    w<QCheckBox>("chk_Select_Address_flag_1")->setChecked(true);
-    userMode("0000", "0000");
-    click("cmdReadUser");
-    QCOMPARE(view(), QStringList{"0000   CA FE BA BE "});
+    BoardFixture& f = open("VAS60E");
+    f.chooseUid("E002000055667781");
+    f.w<QCheckBox>("chk_Select_Address_flag_1")->setChecked(true);
+    f.range("0000", "0000");
+    f.click("cmdReadUser");
+    QCOMPARE(f.view(), QStringList{"0000   CA FE BA BE "});
 
     // Password 1 is zero on a fresh tag; presented, it may be changed.
-    gridWrite("cmdPresentSectorPassword", "00 00 00 00 ");
-    QCOMPARE(request().toStdString(), "22B302" + kUidB + "01" "00000000");
-    QCOMPARE(result(), QString("OK"));
-    gridWrite("cmdWriteSectorPassword", "11 22 33 44 ");
-    QCOMPARE(request().toStdString(), "22B102" + kUidB + "01" "11223344");
-    QCOMPARE(result(), QString("OK"));
+    f.gridWrite("cmdPresentSectorPassword", "00 00 00 00 ");
+    QCOMPARE(f.request().toStdString(), "22B302" + kUidB + "01" "00000000");
+    QCOMPARE(f.result(), QString("OK"));
+    f.gridWrite("cmdWriteSectorPassword", "11 22 33 44 ");
+    QCOMPARE(f.request().toStdString(), "22B102" + kUidB + "01" "11223344");
+    QCOMPARE(f.result(), QString("OK"));
     // Sector 0: reads and writes need password 1.
-    click("cmdLockSectorPassword");
-    w<MaskedEdit>("mskFillPage")->setMaskedText("0B");
-    click("cmdWriteUser");
-    QCOMPARE(request().toStdString(), "2AB202" + kUidB + "0000" "0B");
-    QCOMPARE(result(), QString("OK"));
+    f.click("cmdLockSectorPassword");
+    f.w<MaskedEdit>("mskFillPage")->setMaskedText("0B");
+    f.click("cmdWriteUser");
+    QCOMPARE(f.request().toStdString(), "2AB202" + kUidB + "0000" "0B");
+    QCOMPARE(f.result(), QString("OK"));
 
-    click("cmdReadUser");
-    QCOMPARE(view(), QStringList{"0000   (15) Block is read-protected"});
-    click("cmdWriteSingleBlock");
-    w<MaskedEdit>("PWData_0")->setMaskedText("01 02 03 04 ");
-    click("cmdWriteUser");
-    QCOMPARE(view(), QStringList{"0000   (12) Block is locked, content cannot be changed"});
+    f.click("cmdReadUser");
+    QCOMPARE(f.view(), QStringList{"0000   (15) Block is read-protected"});
+    f.click("cmdWriteSingleBlock");
+    f.w<MaskedEdit>("PWData_0")->setMaskedText("01 02 03 04 ");
+    f.click("cmdWriteUser");
+    QCOMPARE(f.view(), QStringList{"0000   (12) Block is locked, content cannot be changed"});
 
-    gridWrite("cmdPresentSectorPassword", "11 22 33 44 ");
-    QCOMPARE(result(), QString("OK"));
-    click("cmdReadUser");
-    QCOMPARE(view(), QStringList{"0000   CA FE BA BE "});
+    f.gridWrite("cmdPresentSectorPassword", "11 22 33 44 ");
+    QCOMPARE(f.result(), QString("OK"));
+    f.click("cmdReadUser");
+    QCOMPARE(f.view(), QStringList{"0000   CA FE BA BE "});
   }
 
   void killSilencesTheTag() {
-    open("VAX30");
-    chooseUid("E00200001A2B3C40");
-    click("cmdSelect");
-    QCOMPARE(result(), QString("OK"));
+    BoardFixture& f = open("VAX30");
+    f.chooseUid("E00200001A2B3C40");
+    f.click("cmdSelect");
+    QCOMPARE(f.result(), QString("OK"));
     // Through the Select flag the kill frames reach the selected tag alone.
-    w<QCheckBox>("chk_Select_Address_flag_0")->setChecked(true);
-    userMode("00", "00");
-    gridWrite("cmdWriteKill", "A5 A5 A5 A5 ");
-    QCOMPARE(request(), QString("12B10200A5A5A5A5"));
-    QCOMPARE(result(), QString("OK"));
-    gridWrite("cmdKill", "A5 A5 A5 A5 ");
-    QCOMPARE(request(), QString("12A60200A5A5A5A5"));
-    QCOMPARE(result(), QString("OK"));
+    f.w<QCheckBox>("chk_Select_Address_flag_0")->setChecked(true);
+    f.range("00", "00");
+    f.gridWrite("cmdWriteKill", "A5 A5 A5 A5 ");
+    QCOMPARE(f.request(), QString("12B10200A5A5A5A5"));
+    QCOMPARE(f.result(), QString("OK"));
+    f.gridWrite("cmdKill", "A5 A5 A5 A5 ");
+    QCOMPARE(f.request(), QString("12A60200A5A5A5A5"));
+    QCOMPARE(f.result(), QString("OK"));
 
-    w<QCheckBox>("chk_Select_Address_flag_0")->setChecked(false);
-    w<QCheckBox>("chk_Select_Address_flag_1")->setChecked(true);
-    click("cmdGetSystemInfo");
-    QCOMPARE(w<QLineEdit>("txt_ISO15693_answer")->text(), QString("8700"));
-    w<QTabBar>("tabStripchoice")->setCurrentIndex(0);
-    click("cmdAntiCollisionIso15693");
-    QCOMPARE(rows(w<QListWidget>("lstTransponderUID")),
+    f.w<QCheckBox>("chk_Select_Address_flag_0")->setChecked(false);
+    f.w<QCheckBox>("chk_Select_Address_flag_1")->setChecked(true);
+    f.click("cmdGetSystemInfo");
+    QCOMPARE(f.w<QLineEdit>("txt_ISO15693_answer")->text(), QString("8700"));
+    f.w<QTabBar>("tabStripchoice")->setCurrentIndex(0);
+    f.click("cmdAntiCollisionIso15693");
+    QCOMPARE(rows(f.w<QListWidget>("lstTransponderUID")),
              (QStringList{"\tUID\t\t\tDSFID", "", " 01\tE0020000ABCDEF12\t\tC3", " 02\tE002000055667781\t\tB2"}));
   }
 
   void initiatedTagAnswersTheFastInventoryOnlyAtTheDoubleRate() {
-    open("VAX30");
+    BoardFixture& f = open("VAX30");
     // Park the others, then initiate the VAX30 alone.
     for (const char* uid : {"E002000055667781", "E0020000ABCDEF12"}) {
-      chooseUid(uid);
-      w<QCheckBox>("chk_Select_Address_flag_1")->setChecked(true);
-      click("cmdStayQuiet");
+      f.chooseUid(uid);
+      f.w<QCheckBox>("chk_Select_Address_flag_1")->setChecked(true);
+      f.click("cmdStayQuiet");
     }
-    w<QCheckBox>("chk_Select_Address_flag_1")->setChecked(false);
-    click("cmdInventoryInitiated");
-    QCOMPARE(w<QLineEdit>("txt_ISO15693_answer")->text(), QString("8700"));
-    click("cmdInitiate");
-    QCOMPARE(w<QListWidget>("lstTransponderUID")->item(2)->text(), QString(" 00\tE00200001A2B3C40\t\tA1"));
-    click("cmdInventoryInitiated");
-    QCOMPARE(w<QListWidget>("lstTransponderUID")->count(), 3);
-    click("cmdFastInventoryInitiated");
-    QCOMPARE(request(), QString("26C10200"));
-    QCOMPARE(w<QListWidget>("lstTransponderUID")->item(2)->text(), QString(" 00\tE00200001A2B3C40\t\tA1"));
+    f.w<QCheckBox>("chk_Select_Address_flag_1")->setChecked(false);
+    f.click("cmdInventoryInitiated");
+    QCOMPARE(f.w<QLineEdit>("txt_ISO15693_answer")->text(), QString("8700"));
+    f.click("cmdInitiate");
+    QCOMPARE(f.w<QListWidget>("lstTransponderUID")->item(2)->text(), QString(" 00\tE00200001A2B3C40\t\tA1"));
+    f.click("cmdInventoryInitiated");
+    QCOMPARE(f.w<QListWidget>("lstTransponderUID")->count(), 3);
+    f.click("cmdFastInventoryInitiated");
+    QCOMPARE(f.request(), QString("26C10200"));
+    QCOMPARE(f.w<QListWidget>("lstTransponderUID")->item(2)->text(), QString(" 00\tE00200001A2B3C40\t\tA1"));
     // Sent as it stands while the chip is at "010D", the fast form gets no answer.
-    w<QLineEdit>("txt_ISO15693_AnyFrame")->setText("26C10200");
-    click("cmd_ISO15693_SendFrame");
-    QCOMPARE(w<QLineEdit>("txt_ISO15693_answer")->text(), QString("8700"));
+    f.w<QLineEdit>("txt_ISO15693_AnyFrame")->setText("26C10200");
+    f.click("cmd_ISO15693_SendFrame");
+    QCOMPARE(f.w<QLineEdit>("txt_ISO15693_answer")->text(), QString("8700"));
   }
 };
 
