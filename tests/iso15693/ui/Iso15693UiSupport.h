@@ -182,6 +182,11 @@ struct BoardFixture {
     w<QLineEdit>("txtTransponderUID")->setText(uid);
     QTest::mouseClick(w("lblChoosenTag"), Qt::LeftButton);
   }
+  // Clicks a row of the list of found tags, as a person chooses a UID.
+  void chooseListRow(int row) {
+    auto* list = w<QListWidget>("lstTransponderUID");
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(row)).center());
+  }
   bool shown(const QString& name) { return !w(name)->isHidden(); }
   QString request() { return w<QLineEdit>("txt_ISO15693_request")->text(); }
   QString answer() { return w<QLineEdit>("txt_ISO15693_answer")->text(); }
