@@ -1,6 +1,11 @@
 #include "support/UiTestSupport.h"
 
+#include <QAbstractButton>
 #include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <cstring>
 
 #include "reader/TraceLog.h"
 #include "shell/Product.h"
@@ -65,6 +70,53 @@ void chooseProduct(const std::string& reference) {
   shell::currentProduct() = *p;
   shell::productSizes() = shell::deriveSizes(*p);
   memoryBuffer().Clear();
+}
+
+QString shows(QObject* root, const QString& name) {
+  QObject* o = find<QObject>(root, name);
+  if (auto* e = qobject_cast<QLineEdit*>(o)) return e->text();
+  if (auto* l = qobject_cast<QLabel*>(o)) return l->text();
+  if (auto* t = qobject_cast<QPlainTextEdit*>(o)) return t->toPlainText();
+  if (auto* b = qobject_cast<QAbstractButton*>(o)) return b->text() + (b->isChecked() ? " [x]" : "");
+  qFatal("control %s shows nothing a test can read", qPrintable(name));
+}
+
+QStringList shows(QObject* root, const QStringList& names) {
+  QStringList out;
+  for (const QString& n : names) out << shows(root, n);
+  return out;
+}
+
+TwoRuns goodThen(QObject* root, const QStringList& names, const std::function<void()>& command,
+                 const std::function<void()>& then) {
+  return goodThen(root, names, command, then, command);
+}
+
+TwoRuns goodThen(QObject* root, const QStringList& names, const std::function<void()>& first,
+                 const std::function<void()>& then, const std::function<void()>& second) {
+  TwoRuns r;
+  first();
+  r.good = shows(root, names);
+  then();
+  second();
+  r.after = shows(root, names);
+  return r;
+}
+
+void AnsweringDriver::answer(reader::Op op, const std::string& prefix, std::int32_t status, const std::string& text,
+                             int times) {
+  canned_.push_back({op, prefix, status, text, times});
+}
+
+std::int32_t AnsweringDriver::call(reader::Op op, const char* request, char* answer) {
+  const std::string r = request ? request : "";
+  for (Canned& c : canned_) {
+    if (c.times == 0 || c.op != op || r.compare(0, c.prefix.size(), c.prefix) != 0) continue;
+    --c.times;
+    if (answer) std::strncpy(answer, c.text.c_str(), reader::kAnswerSize - 1);
+    return c.status;
+  }
+  return board_.call(op, request, answer);
 }
 
 }  // namespace uitest

@@ -5,8 +5,10 @@
 #include <QApplication>
 #include <QTest>
 #include <QWidget>
+#include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "reader/Drivers.h"
 #include "shell/ui/Dialogs.h"
@@ -52,5 +54,50 @@ std::string fixture(const std::string& name);
 // The product as openProduct leaves it: the record of the shipped product file, the
 // derived sizes, an empty memory buffer.
 void chooseProduct(const std::string& reference);
+
+// --- every command judges its own answer ---------------------------------------------------
+//
+// The shape of the tests that check that no control carries the outcome of one command
+// into the next: a command runs on a good board, something happens (the tag leaves the
+// field, the board is unplugged, the board gives an error answer), and the command runs
+// again; the test compares what the controls show after each run.
+
+// What the control with this object name shows: the text of a line edit, label, text box
+// or button; a check box or option button adds " [x]" when it is checked.
+QString shows(QObject* root, const QString& name);
+QStringList shows(QObject* root, const QStringList& names);
+
+struct TwoRuns {
+  QStringList good;   // after the first run
+  QStringList after;  // after `then` and the second run
+};
+TwoRuns goodThen(QObject* root, const QStringList& names, const std::function<void()>& command,
+                 const std::function<void()>& then);
+// The same with a different second command.
+TwoRuns goodThen(QObject* root, const QStringList& names, const std::function<void()>& first,
+                 const std::function<void()>& then, const std::function<void()>& second);
+
+// Forwards every call to the board, except the calls it was told to answer itself: an
+// error answer a real board gives and the simulated tags do not.
+class AnsweringDriver final : public reader::ReaderDriver {
+ public:
+  explicit AnsweringDriver(reader::ReaderDriver& board) : board_(board) {}
+  // The next `times` calls of `op` whose request begins with `prefix` get this answer.
+  void answer(reader::Op op, const std::string& prefix, std::int32_t status, const std::string& text, int times = 1);
+  std::int32_t call(reader::Op op, const char* request, char* answer) override;
+  std::string description() const override { return board_.description(); }
+  bool isSimulated() const override { return board_.isSimulated(); }
+
+ private:
+  struct Canned {
+    reader::Op op;
+    std::string prefix;
+    std::int32_t status;
+    std::string text;
+    int times;
+  };
+  reader::ReaderDriver& board_;
+  std::vector<Canned> canned_;
+};
 
 }  // namespace uitest
