@@ -130,6 +130,10 @@ void frmTL42RQ_AutoDetectTool_UI::cmd_Auto_Detection_Process_Click() {
     resetSlots();
     txt_ISO14443B_REQB_result->clear();
     txtISO14443ADetectTags->clear();
+    // Every result box starts the run empty, also of a protocol not ticked this time: a
+    // box must not show a tag that an earlier run or probe button found.
+    txtISO15693DetectTags->clear();
+    txtFelicaDetectTags->clear();
     lblTagDetection_result->clear();
 
     const discovery::LoopMode mode = loopMode();

@@ -337,6 +337,10 @@ void frmTL42RQ_TagDetection_UI::cmd_TagDetection_Detection_Click() {
     resetSlots();
     txtISO15693DetectTags->clear();
     txtISO14443ADetectTags->clear();
+    // The REQB and FeliCa boxes too: a cycle that wakes by time-out must not show the
+    // tags an earlier cycle found.
+    txt_ISO14443B_REQB_result->clear();
+    txtFelicaDetectTags->clear();
     shapWuReason->setColour(ShapeMark::faceColour());
     txt_TagDetection_WUflags->clear();
 
