@@ -87,8 +87,13 @@ class Board final : public BoardApi {
   // Runs `body` under the lock, after the field has been brought up to date; an exception
   // (only running out of memory can throw) becomes a failed call, never a crash.
   std::int32_t locked(const std::function<std::int32_t()>& body);
-  // An operation that needs the open link: 5 and an empty answer without it.
-  std::int32_t chipOperation(char* answer, const std::function<std::string()>& body);
+  // An operation that needs the open link: 5 and an empty answer without it. With the link,
+  // an override of the field file for `op` and `request` answers in place of `body`.
+  std::int32_t chipOperation(const char* op, const char* request, char* answer,
+                             const std::function<std::string()>& body);
+  std::int32_t chipOperation(const char* op, char* answer, const std::function<std::string()>& body) {
+    return chipOperation(op, nullptr, answer, body);
+  }
   // Loads the field with `loadIt`, which returns the error text; 0 on success.
   std::int32_t load(const std::function<std::string()>& loadIt);
   void refresh();

@@ -73,6 +73,7 @@ std::int32_t Board::setBoardPresent(std::int32_t isPresent) {
 std::int32_t Board::reset() {
   return locked([&] {
     powerOn();
+    restoreTimes(field_.contents().answers);
     return kStatusOk;
   });
 }

@@ -1,6 +1,10 @@
 #include "simulator/fieldfile.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <set>
 #include <variant>
 
 #include "simulator/tags/kinds.h"
@@ -32,7 +36,19 @@ constexpr KeySpec kTagCommonKeys[] = {
     {.name = "distance", .kind = ValueKind::Text, .min = 1, .max = 32},
     {.name = "loadShift", .kind = ValueKind::Integer, .min = -255, .max = 255},
 };
-constexpr const char* kTopKeys[] = {"board", "antenna", "tags"};
+// An entry of "answers": what the board answers instead of the simulation.
+constexpr KeySpec kAnswerKeys[] = {
+    {.name = "op", .kind = ValueKind::Text, .min = 1, .max = 64, .required = true},
+    // A request holds at most 255 bytes: the chip frame's length is one byte.
+    {.name = "request", .kind = ValueKind::Hex, .min = 0, .max = 255, .fallback = ""},
+    // The caller's buffer holds 255 characters and the NUL.
+    {.name = "answer", .kind = ValueKind::AnyText, .min = 0, .max = 255, .fallback = ""},
+    {.name = "status", .kind = ValueKind::Integer, .min = std::numeric_limits<std::int32_t>::min(),
+     .max = std::numeric_limits<std::int32_t>::max(), .fallback = "0"},
+    // Absent: every matching call.
+    {.name = "times", .kind = ValueKind::Integer, .min = 0, .max = std::numeric_limits<std::int32_t>::max()},
+};
+constexpr const char* kTopKeys[] = {"board", "antenna", "tags", "answers"};
 // A tag's memory is at most 64 KiB: 2048 blocks of 32 bytes, or 65536 blocks of one.
 constexpr long kMaxMemory = 65536;
 
@@ -162,12 +178,21 @@ Json checkValue(const Json& value, const KeySpec& rule, const Path& path) {
     }
     case ValueKind::HexMemory:
       return checkHex(value, path);
+    case ValueKind::AnyText: {
+      if (!value.is_string()) throw FieldError{path, "a text is needed, found " + describe(value)};
+      const std::size_t size = value.get_ref<const std::string&>().size();
+      if (static_cast<long>(size) < rule.min || static_cast<long>(size) > rule.max)
+        throw FieldError{path, "a text of " + std::to_string(rule.min) + " to " + std::to_string(rule.max) +
+                                   " characters is needed, found " + std::to_string(size)};
+      return value;
+    }
   }
   return value;
 }
 
 Json fallbackOf(const KeySpec& rule) {
-  const bool plainText = rule.kind == ValueKind::Text || rule.kind == ValueKind::Hex || rule.kind == ValueKind::HexMemory;
+  const bool plainText = rule.kind == ValueKind::Text || rule.kind == ValueKind::Hex ||
+                         rule.kind == ValueKind::HexMemory || rule.kind == ValueKind::AnyText;
   return plainText ? Json(rule.fallback) : Json::parse(rule.fallback);
 }
 
@@ -257,6 +282,33 @@ std::unique_ptr<Tag> buildTag(const Json& entry, const Path& path) {
   return kind->make(std::move(setup));
 }
 
+std::string operationList() {
+  std::string out;
+  for (const Operation& op : operations()) out += (out.empty() ? "" : ", ") + std::string(op.name);
+  return out;
+}
+
+AnswerOverride buildAnswer(const Json& entry, const Path& path) {
+  const Json checked = checkObject(entry, rulesOf(kAnswerKeys), path);
+  AnswerOverride out;
+  out.op = checked["op"].get<std::string>();
+  const Operation* op = findOperation(out.op);
+  if (!op)
+    throw FieldError{with(path, "op"), "unknown operation \"" + out.op + "\"; the operations are " + operationList()};
+  out.request = checked["request"].get<std::string>();
+  if (!op->hasRequest && !out.request.empty())
+    throw FieldError{with(path, "request"), out.op + " takes no request: leave \"request\" out"};
+  out.answer = checked["answer"].get<std::string>();
+  if (!op->hasAnswer && !out.answer.empty())
+    throw FieldError{with(path, "answer"), out.op + " hands back only a status: leave \"answer\" out"};
+  out.status = checked["status"].get<std::int32_t>();
+  if (checked.contains("times")) {
+    out.times = checked["times"].get<long long>();
+    out.left = *out.times;
+  }
+  return out;
+}
+
 FieldContents build(const Json& root) {
   if (!root.is_object())
     throw FieldError{{}, "the field must be one JSON object { \"board\": ..., \"tags\": [...] }, found " + describe(root)};
@@ -264,7 +316,7 @@ FieldContents build(const Json& root) {
     const std::string& key = item.key();
     if (std::find_if(std::begin(kTopKeys), std::end(kTopKeys), [&](const char* k) { return key == k; }) ==
         std::end(kTopKeys))
-      throw FieldError{{key}, "unknown key \"" + key + "\"; the keys here are board, antenna, tags"};
+      throw FieldError{{key}, "unknown key \"" + key + "\"; the keys here are board, antenna, tags, answers"};
   }
 
   const auto member = [&](const char* key) { return root.contains(key) ? root[key] : Json::object(); };
@@ -284,6 +336,13 @@ FieldContents build(const Json& root) {
     const Json& tags = root["tags"];
     if (!tags.is_array()) throw FieldError{{std::string("tags")}, "a list of tags [ ... ] is needed, found " + describe(tags)};
     for (std::size_t i = 0; i < tags.size(); ++i) field.tags.push_back(buildTag(tags[i], {std::string("tags"), i}));
+  }
+  if (root.contains("answers")) {
+    const Json& answers = root["answers"];
+    if (!answers.is_array())
+      throw FieldError{{std::string("answers")}, "a list of answers [ ... ] is needed, found " + describe(answers)};
+    for (std::size_t i = 0; i < answers.size(); ++i)
+      field.answers.push_back(buildAnswer(answers[i], {std::string("answers"), i}));
   }
   return field;
 }
@@ -424,9 +483,100 @@ std::string located(std::string_view source, std::string_view text, std::size_t 
 // The parser's own text without its "[json.exception...] parse error at line L, column C: "
 // prefix: the place is given once, computed here from the byte offset.
 std::string parserMessage(const std::string& what) {
-  const std::size_t colon = what.find(": ");
-  return colon == std::string::npos ? what : what.substr(colon + 2);
+  if (const std::size_t colon = what.find(": "); colon != std::string::npos) return what.substr(colon + 2);
+  if (what.rfind("[json.exception.", 0) == 0)
+    if (const std::size_t end = what.find("] "); end != std::string::npos) return what.substr(end + 2);
+  return what;
 }
+
+// Builds the document as the library's parser does, with two faults more that it would let
+// pass: a key given twice in one object (the parser keeps one value without a word) and a
+// number too large for a double. Every fault stops the reading and keeps its place: the
+// byte offset for what the parser finds, the path for a repeated key.
+class CheckedReader : public nlohmann::detail::json_sax_dom_parser<Json> {
+  using Base = nlohmann::detail::json_sax_dom_parser<Json>;
+
+ public:
+  explicit CheckedReader(Json& root) : Base(root, false) {}
+
+  bool null() { return value() && Base::null(); }
+  bool boolean(bool v) { return value() && Base::boolean(v); }
+  bool number_integer(number_integer_t v) { return value() && Base::number_integer(v); }
+  bool number_unsigned(number_unsigned_t v) { return value() && Base::number_unsigned(v); }
+  bool number_float(number_float_t v, const string_t& s) { return value() && Base::number_float(v, s); }
+  bool string(string_t& v) { return value() && Base::string(v); }
+  bool binary(binary_t& v) { return value() && Base::binary(v); }
+  bool start_object(std::size_t n) {
+    if (!value()) return false;
+    open_.push_back({true, {}, {}, 0});
+    return Base::start_object(n);
+  }
+  bool key(string_t& k) {
+    Open& object = open_.back();
+    object.key = k;
+    if (!object.keys.insert(k).second) {
+      repeated_ = pathHere();
+      return false;
+    }
+    return Base::key(k);
+  }
+  bool end_object() {
+    open_.pop_back();
+    return Base::end_object();
+  }
+  bool start_array(std::size_t n) {
+    if (!value()) return false;
+    open_.push_back({false, {}, {}, 0});
+    return Base::start_array(n);
+  }
+  bool end_array() {
+    open_.pop_back();
+    return Base::end_array();
+  }
+  // `position` counts the characters read, the faulty one included. A number too large is
+  // only known once read whole: its place is where it begins.
+  template <class Exception>
+  bool parse_error(std::size_t position, const std::string& lastToken, const Exception& e) {
+    const bool overflow = std::string_view(e.what()).find("number overflow") != std::string_view::npos;
+    errorOffset_ = overflow ? position - std::min(position, lastToken.size()) : position == 0 ? 0 : position - 1;
+    errorText_ = parserMessage(e.what());
+    return false;
+  }
+
+  // After a failed reading: the repeated key's path, or the fault's offset and the parser's text.
+  const std::optional<Path>& repeated() const { return repeated_; }
+  std::size_t errorOffset() const { return errorOffset_; }
+  const std::string& errorText() const { return errorText_; }
+
+ private:
+  struct Open {
+    bool object;
+    std::set<std::string> keys;
+    std::string key;        // the key whose value is read now
+    std::size_t count = 0;  // elements begun so far
+  };
+
+  // A value begins: in a list it is the next element.
+  bool value() {
+    if (!open_.empty() && !open_.back().object) ++open_.back().count;
+    return true;
+  }
+  Path pathHere() const {
+    Path path;
+    for (const Open& o : open_) {
+      if (o.object)
+        path.emplace_back(o.key);
+      else
+        path.emplace_back(o.count - 1);
+    }
+    return path;
+  }
+
+  std::vector<Open> open_;
+  std::optional<Path> repeated_;
+  std::size_t errorOffset_ = 0;
+  std::string errorText_;
+};
 
 }  // namespace
 
@@ -439,14 +589,15 @@ ParseOutcome parseField(std::string_view text, std::string_view sourceName) {
     return out;
   }
   Json root;
-  try {
-    root = Json::parse(text.begin(), text.end(), nullptr, true, true);
-  } catch (const Json::parse_error& e) {
-    // `byte` counts the characters read, the faulty one included.
-    out.error = located(sourceName, text, e.byte == 0 ? 0 : e.byte - 1, parserMessage(e.what()));
-    return out;
-  } catch (const Json::exception& e) {
-    out.error = std::string(sourceName) + ": " + parserMessage(e.what());
+  CheckedReader reader(root);
+  if (!Json::sax_parse(text.begin(), text.end(), &reader, nlohmann::detail::input_format_t::json, true, true)) {
+    if (const auto& path = reader.repeated()) {
+      out.error = located(sourceName, text, Locator(text).find(*path),
+                          pathText(*path) + ": the key \"" + std::get<std::string>(path->back()) +
+                              "\" is given twice in one object");
+    } else {
+      out.error = located(sourceName, text, reader.errorOffset(), reader.errorText());
+    }
     return out;
   }
   try {
@@ -471,6 +622,16 @@ std::string fieldToJson(const FieldContents& field) {
   root["antenna"]["detectLevel"] = field.antenna.detectLevel;
   root["tags"] = Json::array();
   for (const auto& tag : field.tags) root["tags"].push_back(tag->toJson());
+  // Only a field that has overrides lists them; each shows the times it has left.
+  for (const AnswerOverride& entry : field.answers) {
+    Json out;
+    out["op"] = entry.op;
+    if (!entry.request.empty()) out["request"] = entry.request;
+    out["answer"] = entry.answer;
+    out["status"] = entry.status;
+    if (entry.times) out["times"] = entry.left;
+    root["answers"].push_back(std::move(out));
+  }
   return root.dump(2, ' ', false, Json::error_handler_t::replace);
 }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "common/hex.h"
+#include "simulator/answers.h"
 #include "simulator/tags/tag.h"
 
 namespace sim {
@@ -23,6 +24,7 @@ enum class ValueKind {
   IndexList,  // a list of block numbers (checked against the tag's block count)
   Hex,        // hexadecimal text of min..max bytes, or of the byte counts in `sizes`
   HexMemory,  // hexadecimal text of any whole number of bytes
+  AnyText,    // any text of min..max characters, control characters included
 };
 
 struct KeySpec {
@@ -53,6 +55,7 @@ struct FieldContents {
   BoardSettings board;
   AntennaSettings antenna;
   std::vector<std::unique_ptr<Tag>> tags;
+  std::vector<AnswerOverride> answers;  // in file order: the first that matches answers
 };
 
 // More than any hand-written field; it keeps a mistaken path (a disk image) from being read.

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdlib>
 
-#include "shell/FieldReader.h"
+#include <string_view>
 
 std::string Memoire::Item(long index) const {
   if (index < 0 || index >= Size()) return {};
@@ -49,6 +49,53 @@ constexpr std::array<PanelRow, 19> kPanelOfReference{{
     {"", glob::PanelId::Count},
 }};
 
+// The fields of one line of the file, read as its reader reads fields: a field in double
+// quotes may hold commas, and whatever stands between its closing quote and the next comma
+// is dropped; an unquoted field runs to the next comma, blanks around it dropped. Nullopt
+// when a quote is not closed on its line.
+std::optional<std::vector<std::string>> lineFields(std::string_view line) {
+  std::vector<std::string> fields;
+  std::size_t pos = 0;
+  const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
+  while (true) {
+    while (pos < line.size() && isBlank(line[pos])) ++pos;
+    std::string field;
+    if (pos < line.size() && line[pos] == '"') {
+      const std::size_t close = line.find('"', pos + 1);
+      if (close == std::string_view::npos) return std::nullopt;
+      field = std::string(line.substr(pos + 1, close - pos - 1));
+      pos = close + 1;
+      while (pos < line.size() && line[pos] != ',') ++pos;
+    } else {
+      std::size_t end = pos;
+      while (end < line.size() && line[end] != ',') ++end;
+      field = std::string(line.substr(pos, end - pos));
+      while (!field.empty() && isBlank(field.back())) field.pop_back();
+      pos = end;
+    }
+    fields.push_back(std::move(field));
+    if (pos >= line.size()) return fields;
+    ++pos;  // the comma
+  }
+}
+
+// The file's lines, whatever their line ends.
+std::vector<std::string_view> linesOf(std::string_view text) {
+  std::vector<std::string_view> lines;
+  std::size_t start = 0;
+  while (start < text.size()) {
+    std::size_t end = text.find_first_of("\r\n", start);
+    if (end == std::string_view::npos) end = text.size();
+    lines.push_back(text.substr(start, end - start));
+    start = end + (text.compare(end, 2, "\r\n") == 0 ? 2 : 1);
+  }
+  return lines;
+}
+
+bool blankLine(std::string_view line) { return line.find_first_not_of(" \t") == std::string_view::npos; }
+
+constexpr std::size_t kRecordFields = 7;
+
 // Products whose memory is 64 bytes whatever their density says.
 bool isSixtyFourBytes(const std::string& r) { return r == "VAX10" || r == "VAX20" || r == "PDX51" || r == "PDT52"; }
 }  // namespace
@@ -58,27 +105,30 @@ std::string referenceOfCaption(const std::string& caption) {
   return blank == std::string::npos ? caption : caption.substr(0, blank);
 }
 
+// Record by record, one line each: a line that is not a record of seven fields (a short
+// record, extra fields, a quote not closed) hides only itself, and the records after it
+// are found as if it were not there. A reference that is not found stays silent.
 std::optional<Product> findProduct(const std::string& fileText, const std::string& reference) {
-  FieldReader fields(fileText);
-  if (!fields.next()) return std::nullopt;  // the header field
-  while (!fields.atEnd()) {
-    std::array<std::string, 7> f;
-    for (auto& field : f) {
-      auto value = fields.next();
-      if (!value) return std::nullopt;
-      field = *value;
-    }
-    if (f[0] == reference) {
-      Product p;
-      p.Reference(f[0]);
-      p.Density(numberField(f[1]));
-      p.PageSize(static_cast<int>(numberField(f[2])));
-      p.NbAdressByte(static_cast<int>(numberField(f[3])));
-      p.NbAdressByteRF(static_cast<int>(numberField(f[4])));
-      p.TestMode(f[5]);
-      p.Address(numberField(f[6]));
-      return p;
-    }
+  const std::vector<std::string_view> lines = linesOf(fileText);
+  std::size_t first = 0;
+  while (first < lines.size() && blankLine(lines[first])) ++first;
+  for (std::size_t i = first; i < lines.size(); ++i) {
+    if (blankLine(lines[i])) continue;
+    auto fields = lineFields(lines[i]);
+    if (!fields) continue;
+    // The file begins with one field, the header: skipped, the rest of its line read on.
+    if (i == first) fields->erase(fields->begin());
+    if (fields->size() != kRecordFields || (*fields)[0] != reference) continue;
+    const std::vector<std::string>& f = *fields;
+    Product p;
+    p.Reference(f[0]);
+    p.Density(numberField(f[1]));
+    p.PageSize(static_cast<int>(numberField(f[2])));
+    p.NbAdressByte(static_cast<int>(numberField(f[3])));
+    p.NbAdressByteRF(static_cast<int>(numberField(f[4])));
+    p.TestMode(f[5]);
+    p.Address(numberField(f[6]));
+    return p;
   }
   return std::nullopt;
 }

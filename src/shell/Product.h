@@ -60,7 +60,8 @@ inline constexpr const char* kProductFileName = "TL42RQ_products.ini";
 enum class LookupResult { FileMissing, NotFound, Found };
 
 // Looks the first word of a menu caption up in the file's text (a header field, then
-// records of seven fields). A record cut short by the end of the text does not match.
+// records of seven fields, one a line). A line that is no such record (short, with extra
+// fields, with a quote not closed) matches nothing and hides no other.
 std::optional<Product> findProduct(const std::string& fileText, const std::string& reference);
 // The first word of a caption: "ISO14443-B Cards commands" -> "ISO14443-B".
 std::string referenceOfCaption(const std::string& caption);

@@ -93,13 +93,73 @@ TEST(ProductFile, LettersInNumberFieldsReadAsTheirLeadingDigitsOrZero) {
   EXPECT_EQ(p->Address(), -3);
 }
 
-TEST(ProductFile, RecordWithMissingFieldsShiftsTheFollowingOnesWithoutCrash) {
-  // Six fields in the first record: the second record's name becomes the seventh field.
-  const std::string text = kHeader + "\"A\",1,4,0,1,\"N\"\r\n\"B\",2,4,0,1,\"N\",0\r\n";
+// A malformed record hides only itself: the records before and after it are found with
+// every field as written.
+void expectNeighboursIntact(const std::string& badLine) {
+  const std::string text = kHeader + "\"A\",1,4,0,1,\"NA\",5\r\n" + badLine + "\r\n\"B\",2,8,1,2,\"NB\",6\r\n";
   const auto a = shell::findProduct(text, "A");
-  ASSERT_TRUE(a.has_value());
-  EXPECT_EQ(a->Address(), 0);  // "B" read as a number
-  EXPECT_FALSE(shell::findProduct(text, "B").has_value());
+  ASSERT_TRUE(a.has_value()) << badLine;
+  EXPECT_EQ(a->TestMode(), "NA");
+  EXPECT_EQ(a->Address(), 5);
+  const auto b = shell::findProduct(text, "B");
+  ASSERT_TRUE(b.has_value()) << badLine;
+  EXPECT_EQ(b->Density(), 2);
+  EXPECT_EQ(b->PageSize(), 8);
+  EXPECT_EQ(b->NbAdressByte(), 1);
+  EXPECT_EQ(b->NbAdressByteRF(), 2);
+  EXPECT_EQ(b->TestMode(), "NB");
+  EXPECT_EQ(b->Address(), 6);
+}
+
+TEST(ProductFile, ShortRecordHidesOnlyItself) {
+  expectNeighboursIntact("\"S\",1,4,0,1,\"N\"");
+  EXPECT_FALSE(shell::findProduct(kHeader + "\"S\",1,4,0,1,\"N\"\r\n", "S").has_value());
+  // A trailing comma is an empty seventh field: the record is whole.
+  EXPECT_EQ(shell::findProduct(kHeader + "\"S\",1,4,0,1,\"N\",\r\n", "S")->Address(), 0);
+}
+
+TEST(ProductFile, RecordWithExtraFieldsHidesOnlyItself) {
+  expectNeighboursIntact("\"E\",1,4,0,1,\"N\",0,9");
+  expectNeighboursIntact("\"E\",1,4,0,1,\"N\",0,");
+  EXPECT_FALSE(shell::findProduct(kHeader + "\"E\",1,4,0,1,\"N\",0,9\r\n", "E").has_value());
+}
+
+TEST(ProductFile, UnclosedQuoteHidesOnlyItsRecord) {
+  expectNeighboursIntact("\"Q\",1,4,0,1,\"NONE,0");
+  expectNeighboursIntact("\"Q,1,4,0,1,NONE,0");
+  EXPECT_FALSE(shell::findProduct(kHeader + "\"Q\",1,4,0,1,\"NONE,0\r\n", "Q").has_value());
+}
+
+TEST(ProductFile, SeveralBadRecordsAndBlankLinesHideNothingElse) {
+  const std::string text = kHeader + "\r\n\"X\"\n  \n\"Y\",1,\"open\n\"VAX30\",2,4,0,1,\"NONE\",0\n" + ",,,,,,,,\r" +
+                           "\"VAS60E\",64,4,2,2,\"NONE\",0";
+  EXPECT_EQ(shell::findProduct(text, "VAX30")->Density(), 2);
+  EXPECT_EQ(shell::findProduct(text, "VAS60E")->Density(), 64);  // last line, no line end
+  EXPECT_FALSE(shell::findProduct(text, "X").has_value());
+  EXPECT_FALSE(shell::findProduct(text, "Y").has_value());
+}
+
+TEST(ProductFile, RecordOnTheHeadersLineIsRead) {
+  EXPECT_EQ(shell::findProduct("\"Header\",\"VAX30\",2,4,0,1,\"NONE\",3", "VAX30")->Address(), 3);
+  // A header with an unclosed quote is a bad line like any other.
+  EXPECT_EQ(shell::findProduct("\"Header\r\n\"VAX30\",2,4,0,1,\"NONE\",3\r\n", "VAX30")->Address(), 3);
+}
+
+TEST(ProductFile, ShippedFileHasNoMalformedRecord) {
+  // Every line after the header of the shipped file is a record that is found.
+  const std::string text = shippedProductFile();
+  std::istringstream lines(text);
+  std::string line;
+  std::getline(lines, line);
+  int found = 0;
+  while (std::getline(lines, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (line.empty()) continue;
+    const std::string reference = line.substr(1, line.find('"', 1) - 1);
+    EXPECT_TRUE(shell::findProduct(text, reference).has_value()) << reference;
+    ++found;
+  }
+  EXPECT_GT(found, 0);
 }
 
 TEST(ProductCaption, FirstWordIsTheReference) {

@@ -165,7 +165,7 @@ TEST(FieldFile, WrongTypesAreRefusedWithTheirPlace) {
 
 TEST(FieldFile, UnknownKeysAreRefused) {
   EXPECT_EQ(refusal(R"({"bord": {}})"),
-            "f.json: line 1, column 10: bord: unknown key \"bord\"; the keys here are board, antenna, tags");
+            "f.json: line 1, column 10: bord: unknown key \"bord\"; the keys here are board, antenna, tags, answers");
   EXPECT_EQ(refusal(R"({"tags": [{"type": "pdy", "uid": "D002000000000001", "blocksize": 4}]})"),
             "f.json: line 1, column 67: tags[0].blocksize: unknown key \"blocksize\"; the keys here are type, product, "
             "inField, distance, loadShift, uid, blockSize, blockCount, memory, lockedBlocks, chipId");
@@ -226,9 +226,25 @@ TEST(FieldFile, ErrorInALaterTagPointsAtThatTag) {
   EXPECT_EQ(refusal(text), "f.json: line 4, column 58: tags[1].pmm: hexadecimal text is needed, found a list");
 }
 
-TEST(FieldFile, DuplicateKeyIsLocatedWhereTheParserTookIt) {
+TEST(FieldFile, KeyGivenTwiceIsRefusedAtItsSecondValue) {
   EXPECT_EQ(refusal(R"({"board": {"interfacePin": 1, "interfacePin": 9}})"),
-            "f.json: line 1, column 47: board.interfacePin: a whole number from 0 to 2 is needed, found the number 9");
+            "f.json: line 1, column 47: board.interfacePin: the key \"interfacePin\" is given twice in one object");
+  EXPECT_EQ(refusal("{\"board\": {\"present\": true,\n           \"present\": false}}"),
+            "f.json: line 2, column 23: board.present: the key \"present\" is given twice in one object");
+  // Inside a list, and even with the same value both times.
+  EXPECT_EQ(refusal(R"({"tags": [{"type": "felica", "idm": "0102030405060708", "pmm": "1112131415161718"},
+                     {"type": "felica", "type": "felica"}]})"),
+            "f.json: line 2, column 49: tags[1].type: the key \"type\" is given twice in one object");
+  // The same key in two objects is no repetition.
+  EXPECT_EQ(sim::parseField(R"({"board": {"present": true}, "antenna": {"present": 1}})", "f.json").error.substr(0, 36),
+            "f.json: line 1, column 53: antenna.p");
+}
+
+TEST(FieldFile, NumberTooLargeForADoubleIsRefusedWithItsPlace) {
+  EXPECT_EQ(refusal("{\"antenna\": {\"detectLevel\": 1e400}}"),
+            "f.json: line 1, column 29: number overflow parsing '1e400'");
+  EXPECT_EQ(refusal("{\n  \"board\": {\"mcuRevision\": [1, -2e999, 3]}}"),
+            "f.json: line 2, column 32: number overflow parsing '-2e999'");
 }
 
 TEST(FieldFile, KeysAndTextsWithEscapesAreLocated) {

@@ -5,7 +5,10 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
-#include <cstring>
+#include <QTemporaryDir>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
 
 #include "reader/TraceLog.h"
 #include "shell/Product.h"
@@ -62,6 +65,28 @@ FixedTime::~FixedTime() { reader::setClock(nullptr); }
 
 std::string fixture(const std::string& name) { return std::string(TEST_FIXTURES) + "/" + name; }
 
+int loadFieldWithAnswers(SimulatedBoard& board, const std::string& fixtureName, const std::vector<Answer>& answers) {
+  using Json = nlohmann::ordered_json;
+  std::ifstream in(fixture(fixtureName), std::ios::binary);
+  if (!in) qFatal("fixture %s missing", fixtureName.c_str());
+  Json field = Json::parse(std::string(std::istreambuf_iterator<char>(in), {}), nullptr, true, true);
+  Json& list = field["answers"] = Json::array();
+  for (const Answer& a : answers) {
+    Json entry{{"op", a.op}};
+    if (!a.request.empty()) entry["request"] = a.request;
+    if (!a.answer.empty()) entry["answer"] = a.answer;
+    entry["status"] = a.status;
+    if (a.times >= 0) entry["times"] = a.times;
+    list.push_back(std::move(entry));
+  }
+  // The board follows a field loaded from a file, so every file stays until the program ends.
+  static QTemporaryDir dir;
+  static int count = 0;
+  const std::string path = dir.path().toStdString() + "/field_answers_" + std::to_string(++count) + ".json";
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << field.dump(2);
+  return board.loadField(path);
+}
+
 void chooseProduct(const std::string& reference) {
   QFile f(QStringLiteral(TL42RQ_SOURCE_DIR "/data/TL42RQ_products.ini"));
   if (!f.open(QIODevice::ReadOnly)) qFatal("product file missing");
@@ -101,22 +126,6 @@ TwoRuns goodThen(QObject* root, const QStringList& names, const std::function<vo
   second();
   r.after = shows(root, names);
   return r;
-}
-
-void AnsweringDriver::answer(reader::Op op, const std::string& prefix, std::int32_t status, const std::string& text,
-                             int times) {
-  canned_.push_back({op, prefix, status, text, times});
-}
-
-std::int32_t AnsweringDriver::call(reader::Op op, const char* request, char* answer) {
-  const std::string r = request ? request : "";
-  for (Canned& c : canned_) {
-    if (c.times == 0 || c.op != op || r.compare(0, c.prefix.size(), c.prefix) != 0) continue;
-    --c.times;
-    if (answer) std::strncpy(answer, c.text.c_str(), reader::kAnswerSize - 1);
-    return c.status;
-  }
-  return board_.call(op, request, answer);
 }
 
 }  // namespace uitest

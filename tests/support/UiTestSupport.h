@@ -42,6 +42,23 @@ class SimulatedBoard {
   bool loaded_ = false;
 };
 
+// One answer override of the field file ("answers"; docs/field-file.md): the board gives
+// `answer` and `status` instead of the simulation to `op` calls whose request begins with
+// `request` ("" for all), `times` times (-1: every time).
+struct Answer {
+  std::string op;  // as the library exports it: "TL42RQDll_SendReceive"
+  std::string request;
+  std::string answer;
+  int status = 0;
+  int times = -1;
+};
+
+// Writes the fixture field `fixtureName` (tests/fixtures) with `answers` as its "answers"
+// list to a file of its own in a temporary directory that lives as long as the test
+// program, and loads that file into the board. Returns TL42RQSim_LoadField's result, 0
+// when the field was taken (else board.lastError() says why).
+int loadFieldWithAnswers(SimulatedBoard& board, const std::string& fixtureName, const std::vector<Answer>& answers);
+
 // Fixes the trace clock at 11-21-2026 10:20:30 for the life of the object.
 class FixedTime {
  public:
@@ -76,28 +93,5 @@ TwoRuns goodThen(QObject* root, const QStringList& names, const std::function<vo
 // The same with a different second command.
 TwoRuns goodThen(QObject* root, const QStringList& names, const std::function<void()>& first,
                  const std::function<void()>& then, const std::function<void()>& second);
-
-// Forwards every call to the board, except the calls it was told to answer itself: an
-// error answer a real board gives and the simulated tags do not.
-class AnsweringDriver final : public reader::ReaderDriver {
- public:
-  explicit AnsweringDriver(reader::ReaderDriver& board) : board_(board) {}
-  // The next `times` calls of `op` whose request begins with `prefix` get this answer.
-  void answer(reader::Op op, const std::string& prefix, std::int32_t status, const std::string& text, int times = 1);
-  std::int32_t call(reader::Op op, const char* request, char* answer) override;
-  std::string description() const override { return board_.description(); }
-  bool isSimulated() const override { return board_.isSimulated(); }
-
- private:
-  struct Canned {
-    reader::Op op;
-    std::string prefix;
-    std::int32_t status;
-    std::string text;
-    int times;
-  };
-  reader::ReaderDriver& board_;
-  std::vector<Canned> canned_;
-};
 
 }  // namespace uitest

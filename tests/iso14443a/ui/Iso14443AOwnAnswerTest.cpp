@@ -24,6 +24,12 @@ std::string fieldWith(const char* product) {
   return text;
 }
 
+// The same field with one answer override of the board (docs/field-file.md).
+std::string withAnswer(std::string field, const std::string& answer) {
+  field.insert(field.find('{') + 1, "\"answers\": [" + answer + "],");
+  return field;
+}
+
 const QStringList kAnalysis{"txt_ISO14443A_answer", "lblAnswerAnalysis_0", "lblAnswerAnalysis_1",
                             "lblAnswerAnalysis_2",  "lblAnswerAnalysis_3", "lblAnswerAnalysis_4",
                             "lblAnswerAnalysis_5"};
@@ -35,7 +41,6 @@ class Iso14443AOwnAnswerTest : public QObject {
   Q_OBJECT
 
   std::unique_ptr<uitest::SimulatedBoard> board_;
-  std::unique_ptr<uitest::AnsweringDriver> answering_;
   std::unique_ptr<frmTL42RQ_ISO14443A_UI> panel_;
   ScriptedDialogs dialogs_;
 
@@ -44,8 +49,6 @@ class Iso14443AOwnAnswerTest : public QObject {
     if (!board_->loaded()) qFatal("simulated board not loaded");
     if (board_->loadField(fieldWith(tag)) != 0) qFatal("%s", board_->lastError().c_str());
     board_->reset();
-    answering_ = std::make_unique<uitest::AnsweringDriver>(board_->driver());
-    reader::setDriver(answering_.get());
     glob::state() = glob::GlobVariables();
     chooseProduct(product);
     panel_ = std::make_unique<frmTL42RQ_ISO14443A_UI>();
@@ -75,8 +78,6 @@ class Iso14443AOwnAnswerTest : public QObject {
   void init() { setDialogs(&dialogs_); }
   void cleanup() {
     panel_.reset();
-    reader::setDriver(nullptr);
-    answering_.reset();
     board_.reset();
     setDialogs(nullptr);
   }
@@ -155,7 +156,10 @@ class Iso14443AOwnAnswerTest : public QObject {
     // index of the collision instead of "00".
     const uitest::TwoRuns r = uitest::goodThen(
         panel_.get(), names, [this] { click("cmd_ISO14443A_TOPAZ_RID"); },
-        [this] { answering_->answer(reader::Op::SendReceive, "530D", 0, "80070D222FBD880102"); },
+        [this] {
+          QCOMPARE(board_->loadField(withAnswer(fieldWith("topaz"), R"({"op": "TL42RQDll_SendReceive",
+              "request": "530D", "answer": "80070D222FBD880102", "times": 1})")), 0);
+        },
         [this] { topazWriteE("22 "); });
     QCOMPARE(r.good, (QStringList{"800B11485E7A1122B92C080000", "80", "0B", "11485E7A1122B92C080000"}));
     QCOMPARE(r.after, (QStringList{"80070D222FBD880102", "", "", ""}));

@@ -23,7 +23,6 @@ class Iso18092OwnAnswerTest : public QObject {
   Q_OBJECT
   ScriptedDialogs dialogs_;
   std::unique_ptr<uitest::SimulatedBoard> board_;
-  std::unique_ptr<uitest::AnsweringDriver> answering_;
   std::unique_ptr<frmTL42RQ_ISO18092_UI> panel_;
 
   std::function<void()> reqc() {
@@ -44,15 +43,11 @@ class Iso18092OwnAnswerTest : public QObject {
     QVERIFY(board_->loaded());
     QCOMPARE(board_->loadField(uitest::fixture("field_felica.json")), 0);
     board_->reset();
-    answering_ = std::make_unique<uitest::AnsweringDriver>(board_->driver());
-    reader::setDriver(answering_.get());
     panel_ = std::make_unique<frmTL42RQ_ISO18092_UI>();
     panel_->show();
   }
   void cleanup() {
     panel_.reset();
-    reader::setDriver(nullptr);
-    answering_.reset();
     board_.reset();
     setDialogs(nullptr);
   }
@@ -73,7 +68,10 @@ class Iso18092OwnAnswerTest : public QObject {
 
   void reqcWithAnErrorFlaggedByTheChipShowsTheBareCaptions() {
     const uitest::TwoRuns r = uitest::goodThen(panel_.get(), kShown, reqc(), [this] {
-      answering_->answer(reader::Op::SendReceive, "00FFFF", 0, "80151201012E4CD2A3B4C5D60120220427674EFF000002");
+      QCOMPARE(uitest::loadFieldWithAnswers(*board_, "field_felica.json",
+                                            {{"TL42RQDll_SendReceive", "00FFFF",
+                                              "80151201012E4CD2A3B4C5D60120220427674EFF000002", 0, 1}}),
+               0);
     });
     checkGood(r.good);
     QCOMPARE(r.after, QStringList{"80151201012E4CD2A3B4C5D60120220427674EFF000002"} + kBare);
