@@ -1,6 +1,10 @@
 #include "support/UiTestSupport.h"
 
+#include <QAbstractButton>
 #include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QTemporaryDir>
 #include <fstream>
 #include <iterator>
@@ -91,6 +95,37 @@ void chooseProduct(const std::string& reference) {
   shell::currentProduct() = *p;
   shell::productSizes() = shell::deriveSizes(*p);
   memoryBuffer().Clear();
+}
+
+QString shows(QObject* root, const QString& name) {
+  QObject* o = find<QObject>(root, name);
+  if (auto* e = qobject_cast<QLineEdit*>(o)) return e->text();
+  if (auto* l = qobject_cast<QLabel*>(o)) return l->text();
+  if (auto* t = qobject_cast<QPlainTextEdit*>(o)) return t->toPlainText();
+  if (auto* b = qobject_cast<QAbstractButton*>(o)) return b->text() + (b->isChecked() ? " [x]" : "");
+  qFatal("control %s shows nothing a test can read", qPrintable(name));
+}
+
+QStringList shows(QObject* root, const QStringList& names) {
+  QStringList out;
+  for (const QString& n : names) out << shows(root, n);
+  return out;
+}
+
+TwoRuns goodThen(QObject* root, const QStringList& names, const std::function<void()>& command,
+                 const std::function<void()>& then) {
+  return goodThen(root, names, command, then, command);
+}
+
+TwoRuns goodThen(QObject* root, const QStringList& names, const std::function<void()>& first,
+                 const std::function<void()>& then, const std::function<void()>& second) {
+  TwoRuns r;
+  first();
+  r.good = shows(root, names);
+  then();
+  second();
+  r.after = shows(root, names);
+  return r;
 }
 
 }  // namespace uitest

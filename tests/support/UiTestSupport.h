@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QTest>
 #include <QWidget>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -70,5 +71,27 @@ std::string fixture(const std::string& name);
 // The product as openProduct leaves it: the record of the shipped product file, the
 // derived sizes, an empty memory buffer.
 void chooseProduct(const std::string& reference);
+
+// --- every command judges its own answer ---------------------------------------------------
+//
+// The shape of the tests that check that no control carries the outcome of one command
+// into the next: a command runs on a good board, something happens (the tag leaves the
+// field, the board is unplugged, the board gives an error answer), and the command runs
+// again; the test compares what the controls show after each run.
+
+// What the control with this object name shows: the text of a line edit, label, text box
+// or button; a check box or option button adds " [x]" when it is checked.
+QString shows(QObject* root, const QString& name);
+QStringList shows(QObject* root, const QStringList& names);
+
+struct TwoRuns {
+  QStringList good;   // after the first run
+  QStringList after;  // after `then` and the second run
+};
+TwoRuns goodThen(QObject* root, const QStringList& names, const std::function<void()>& command,
+                 const std::function<void()>& then);
+// The same with a different second command.
+TwoRuns goodThen(QObject* root, const QStringList& names, const std::function<void()>& first,
+                 const std::function<void()>& then, const std::function<void()>& second);
 
 }  // namespace uitest

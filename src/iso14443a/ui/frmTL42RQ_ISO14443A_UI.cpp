@@ -809,6 +809,9 @@ int frmTL42RQ_ISO14443A_UI::writeMemoryPage(long address, const std::string& dat
     case iso14443a::kModeTopazWriteE:
     case iso14443a::kModeTopazWriteNE: {
       const bool erase = glob::state().writeMode == iso14443a::kModeTopazWriteE;
+      // The analysis boxes are this write's alone: a failed write must not show the
+      // fields of the RID or of the write before it.
+      clearAnswerAnalysis();
       answer = sendFrame(ReconnectKind::Iso14443ATopaz,
                          erase ? iso14443a::kTopazWriteETitle : iso14443a::kTopazWriteNETitle,
                          iso14443a::topazWriteFrame(erase, address, data, text(txtUID_cmdSelect)));

@@ -1,0 +1,103 @@
+// Every send of the console explains its own answer: a good command, then the board is
+// unplugged, then the same command, against the simulated board. The explanation boxes of
+// the good answer must not stay on the screen.
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QtTest>
+
+#include "console/ui/frmTL42RQ_UserInterface.h"
+#include "reader/Drivers.h"
+#include "shell/ui/Dialogs.h"
+#include "support/UiTestSupport.h"
+
+namespace {
+
+void click(QObject* root, const QString& name) { uitest::find<QAbstractButton>(root, name)->click(); }
+
+void choose(QObject* root, const QString& entry) {
+  auto* c = uitest::find<QComboBox>(root, "cboTL42RQ_CommandList");
+  const int i = c->findText(entry);
+  if (i < 0) qFatal("entry %s not in the list", qPrintable(entry));
+  c->setCurrentIndex(i);
+  emit c->activated(i);
+}
+
+// The answer box and the explanation lines that are shown.
+QStringList explained(QObject* root, const QString& suffix) {
+  QStringList out{uitest::shows(root, "txtCommandCode" + suffix + "Answer")};
+  for (int i = 0;; ++i) {
+    auto* e = root->findChild<QLineEdit*>(QStringLiteral("txtCommandCode%1AnswerExplain_%2").arg(suffix).arg(i));
+    if (!e) break;
+    if (e->isVisible()) out << e->text();
+  }
+  return out;
+}
+
+}  // namespace
+
+class ConsoleOwnAnswerTest : public QObject {
+  Q_OBJECT
+  ScriptedDialogs dialogs_;
+  std::unique_ptr<uitest::SimulatedBoard> board_;
+  std::unique_ptr<frmTL42RQ_UserInterface> panel_;
+
+  std::function<void()> boardLost() {
+    return [this] { QCOMPARE(board_->setBoardPresent(false), 0); };
+  }
+  // Runs `command` on the good board and again with the board unplugged; what the panel
+  // with this suffix explained after each.
+  std::pair<QStringList, QStringList> goodThenLost(const QString& suffix, const std::function<void()>& command) {
+    QStringList good;
+    QStringList after;
+    uitest::goodThen(
+        panel_.get(), {}, [&] { command(); good = explained(panel_.get(), suffix); }, boardLost(),
+        [&] { command(); after = explained(panel_.get(), suffix); });
+    return {good, after};
+  }
+
+ private slots:
+  void init() {
+    setDialogs(&dialogs_);
+    glob::state() = glob::GlobVariables();
+    board_ = std::make_unique<uitest::SimulatedBoard>();
+    QVERIFY(board_->loaded());
+    QCOMPARE(board_->loadField(uitest::fixture("field_basic.json")), 0);
+    board_->reset();
+    panel_ = std::make_unique<frmTL42RQ_UserInterface>();
+    panel_->resize(1300, 900);
+    panel_->show();
+  }
+  void cleanup() {
+    panel_.reset();
+    board_.reset();
+    setDialogs(nullptr);
+  }
+
+  void idnWithTheBoardUnpluggedExplainsNothingOfTheGoodAnswer() {
+    choose(panel_.get(), " 01 : IDN ");
+    const auto [good, after] = goodThenLost("XX", [this] { click(panel_.get(), "cmdSendCommandCodeXX"); });
+    QCOMPARE(good.size(), 4);
+    QCOMPARE(good[1], QString("00 : Result code = OK"));
+    QCOMPARE(after, QStringList{"Transaction error : Check your reader connections"});
+  }
+
+  void protocolSelectWithTheBoardUnpluggedExplainsNothingOfTheGoodAnswer() {
+    choose(panel_.get(), " 02 : Protocol Select ");
+    click(panel_.get(), "OptProtocolCode_1");
+    const auto [good, after] = goodThenLost("02", [this] { click(panel_.get(), "cmdSendCommandCode02"); });
+    // Line 2 is shown empty when the length is under 3.
+    QCOMPARE(good, (QStringList{"0000", "00 : Result code = OK", "00 : Lenght of Data (0)", ""}));
+    QCOMPARE(after, QStringList{"Transaction error : 5 ()"});
+  }
+
+  void echoWithTheBoardUnpluggedShowsAnEmptyAnswer() {
+    const uitest::TwoRuns r = uitest::goodThen(panel_.get(), {"txtEchoAnswer"},
+                                               [this] { click(panel_.get(), "cmdEcho"); }, boardLost());
+    QCOMPARE(r.good, QStringList{"5500"});
+    QCOMPARE(r.after, QStringList{""});
+  }
+};
+
+QTEST_MAIN(ConsoleOwnAnswerTest)
+#include "ConsoleOwnAnswerTest.moc"
