@@ -268,4 +268,19 @@ Bytes pcapngFile(const std::deque<reader::ExchangeRecord>& records) {
   return file;
 }
 
+StreamWriter::StreamWriter(Sink sink) : sink_(std::move(sink)) { failed_ = !sink_(fileHeader()); }
+
+void StreamWriter::exchanged(const reader::ExchangeRecord& r) {
+  if (failed_) return;
+  reader::ExchangeRecord stamped = r;
+  if (stamped.timeUs <= lastUs_) stamped.timeUs = lastUs_ + 1;
+  lastUs_ = stamped.timeUs;
+  Bytes out;
+  for (const Packet& p : converter_.packets(stamped)) {
+    const Bytes b = encode(p);
+    out.insert(out.end(), b.begin(), b.end());
+  }
+  if (!out.empty() && !sink_(out)) failed_ = true;
+}
+
 }  // namespace capture

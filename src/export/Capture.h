@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -80,5 +81,22 @@ Bytes fileHeader();
 Bytes encode(const Packet& p);
 // A whole file of these records.
 Bytes pcapngFile(const std::deque<reader::ExchangeRecord>& records);
+
+// A capture written as the calls happen: the file's head at once, then each call's packets,
+// flushed, so that a run stopped at any point leaves a file that reads to its last call.
+class StreamWriter final : public reader::ExchangeObserver {
+ public:
+  // `sink` receives the bytes to append; it returns false when they could not be written.
+  using Sink = std::function<bool(const Bytes&)>;
+  explicit StreamWriter(Sink sink);
+  void exchanged(const reader::ExchangeRecord& r) override;
+  bool failed() const { return failed_; }
+
+ private:
+  Sink sink_;
+  Converter converter_;
+  std::int64_t lastUs_ = 0;
+  bool failed_ = false;
+};
 
 }  // namespace capture
