@@ -174,6 +174,26 @@ class ExportPcapngTest : public QObject {
     QCOMPARE(bad.out, QString());
   }
 
+  void iso15693GoesToTheSecondInterfaceWithItsOwnHeader() {
+    if (!uitest::haveTshark()) QSKIP("tshark is not installed: the Wireshark checks need it");
+    QCOMPARE(board_->loadField(uitest::fixture("field_iso15693.json")), 0);
+    QCOMPARE(board_->reset(), 0);
+    glob::state().mcuRevision = "1.4.1";
+    Panel* p = open(glob::PanelId::ISO15693, "VAX30");
+    click(p, "cmdInventory");
+    const QString path = exportTo("v.pcapng");
+    // Nothing of ISO 15693 on the ISO 14443 interface.
+    QCOMPARE(uitest::iso14443Lines(path), QStringList());
+    const uitest::TsharkRun r = uitest::tshark(
+        path, {"-Y", "frame.interface_id == 1 && !(data.data[1] == 0xf0 || data.data[1] == 0xf1)", "-T", "fields",
+               "-E", "separator=|", "-e", "data.data", "-e", "frame.comment"});
+    // Field on in ISO 15693; the one-slot inventory with the CRC the chip appends; the
+    // three tags' answers on top of each other as the chip heard them.
+    QCOMPARE(r.out, QString("00fc01ff00000000|\n"
+                            "00fa01ff00000003260100|\n"
+                            "00ff01ff0000000c00f3d7ffefff000002e0ffbf|chip reports collision, CRC error\n"));
+  }
+
   void clearLogEmptiesTheCapture() {
     QCOMPARE(board_->loadField(uitest::fixture("field_iso14443b.json")), 0);
     Panel* p = open(glob::PanelId::ISO14443B, "ISO14443-B");
