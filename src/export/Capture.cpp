@@ -1,6 +1,7 @@
 #include "export/Capture.h"
 
 #include <array>
+#include <optional>
 
 #include "common/hex.h"
 
@@ -15,14 +16,13 @@ struct AirRow {
   std::uint32_t interfaceId;
   std::size_t tailBytes;
   bool lengthByteAdded;  // FeliCa: the chip puts the length byte in front of the frame
-  const char* name;
 };
 
 constexpr std::array<AirRow, 4> kAir{{
-    {kIso15693Code, kOtherInterface, 1, false, "ISO 15693"},
-    {kIso14443ACode, kIso14443Interface, 3, false, "ISO 14443-A"},
-    {kIso14443BCode, kIso14443Interface, 1, false, "ISO 14443-B"},
-    {kFelicaCode, kOtherInterface, 1, true, "FeliCa"},
+    {kIso15693Code, kOtherInterface, 1, false},
+    {kIso14443ACode, kIso14443Interface, 3, false},
+    {kIso14443BCode, kIso14443Interface, 1, false},
+    {kFelicaCode, kOtherInterface, 1, true},
 }};
 
 const AirRow* airOf(std::uint8_t protocol) {
