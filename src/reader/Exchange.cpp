@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include "reader/ExchangeRecord.h"
+
 namespace reader {
 
 Answer callOnce(ReaderDriver& d, Op op, const std::string& request) {
@@ -12,6 +14,7 @@ Answer callOnce(ReaderDriver& d, Op op, const std::string& request) {
   a.status = d.call(op, request.c_str(), buffer.data());
   buffer.back() = '\0';
   a.text = buffer.data();
+  reportExchange(op, request, a.status, a.text);
   return a;
 }
 

@@ -3,6 +3,7 @@
 // same interpreter, and writes the trace log to standard output as the tool shows it.
 #include <QCoreApplication>
 #include <QFile>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -10,40 +11,46 @@
 #include <string>
 #include <vector>
 
+#include "export/Capture.h"
 #include "reader/Drivers.h"
+#include "reader/ExchangeRecord.h"
 #include "reader/TraceLog.h"
 #include "script/ScriptInterpreter.h"
+#include "script/cli/LogCompare.h"
+#include "script/cli/RunnerOptions.h"
 #include "shell/GlobVariables.h"
 
 namespace {
 
 constexpr const char* kUsage =
     "Usage: tl42rq-script [--loop N] FILE\n"
+    "       tl42rq-script [--loop N] [--pcapng CAPTURE] [--expect LOG] FILE\n"
     "Runs a script file of the TL42RQ script tool against the board's driver library and\n"
     "writes the trace log to standard output, byte for byte as the script tool shows it\n"
     "(CR LF line ends).\n"
     "\n"
-    "  --loop N   run the script N times, as LOOP ON SCRIPT with the number N does;\n"
-    "             0 runs it until the process is stopped\n"
-    "  --help     show this text\n"
+    "  --loop N          run the script N times, as LOOP ON SCRIPT with the number N does;\n"
+    "                    0 runs it until the process is stopped\n"
+    "  --pcapng CAPTURE  also write every driver call of the run to CAPTURE, a pcapng file\n"
+    "                    that Wireshark reads (ISO 14443 frames decoded, the rest as data)\n"
+    "  --expect LOG      compare the run's log with LOG (a saved log) instead of printing\n"
+    "                    it; only the dates and times of the entries may differ. When they\n"
+    "                    differ, a unified diff of the first differences (at most 40 lines)\n"
+    "                    goes to standard output\n"
+    "  --help            show this text\n"
     "\n"
     "The driver library is the file named by TL42RQ_DRIVER, else libTL42RQ.so beside this\n"
     "program. With TL42RQ_TRACE_TIME=\"MM-DD-YYYY HH:MM:SS\" every entry carries that date\n"
     "and time instead of the clock's, so that the logs of two runs compare byte for byte.\n"
     "\n"
     "Exit status: 0 the script ran to its end; 1 a script error ended it (the error entry\n"
-    "is the last thing printed); 2 the file could not be read or an argument is wrong.\n";
+    "is the last thing printed); 2 the file could not be read or an argument is wrong.\n"
+    "With --expect: 0 the logs agree, 1 they differ, 2 a file could not be read or\n"
+    "written or an argument is wrong.\n";
 
 int badArgument(const std::string& message) {
   std::fprintf(stderr, "tl42rq-script: %s (try --help)\n", message.c_str());
   return 2;
-}
-
-bool allDigits(const char* s) {
-  if (!*s) return false;
-  for (; *s; ++s)
-    if (*s < '0' || *s > '9') return false;
-  return true;
 }
 
 // "MM-DD-YYYY HH:MM:SS", the trace's own stamp.
@@ -56,37 +63,34 @@ bool parseTraceTime(const char* text, reader::DateTime& t) {
          t.minute <= 59 && t.second <= 59 && t.hour >= 0 && t.minute >= 0 && t.second >= 0;
 }
 
+// The whole file, or a message and false.
+bool readWhole(const std::string& path, std::string& text) {
+  QFile f(QString::fromLocal8Bit(path.c_str()));
+  if (!f.open(QIODevice::ReadOnly)) {
+    std::fprintf(stderr, "tl42rq-script: cannot read %s: %s\n", path.c_str(), f.errorString().toLocal8Bit().constData());
+    return false;
+  }
+  const QByteArray bytes = f.readAll();
+  if (f.error() != QFileDevice::NoError) {
+    std::fprintf(stderr, "tl42rq-script: cannot read %s: %s\n", path.c_str(), f.errorString().toLocal8Bit().constData());
+    return false;
+  }
+  text.assign(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+  return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   QCoreApplication app(argc, argv);
 
-  std::string loopPasses;
-  bool loop = false;
-  std::vector<std::string> files;
-  for (int i = 1; i < argc; ++i) {
-    const char* a = argv[i];
-    if (std::strcmp(a, "--help") == 0 || std::strcmp(a, "-h") == 0) {
-      std::fputs(kUsage, stdout);
-      return 0;
-    }
-    if (std::strcmp(a, "--loop") == 0) {
-      if (i + 1 >= argc) return badArgument("--loop needs a number of passes");
-      if (!allDigits(argv[i + 1]) || std::strlen(argv[i + 1]) > 18)
-        return badArgument(std::string("--loop needs a whole number of passes, not '") + argv[i + 1] + "'");
-      loop = true;
-      loopPasses = argv[++i];
-      continue;
-    }
-    if (std::strcmp(a, "--") == 0) {
-      for (++i; i < argc; ++i) files.emplace_back(argv[i]);
-      break;
-    }
-    if (a[0] == '-' && a[1] != '\0') return badArgument(std::string("unknown option '") + a + "'");
-    files.emplace_back(a);
+  const script::ParsedArguments parsed = script::parseRunnerArguments(std::vector<std::string>(argv + 1, argv + argc));
+  if (!parsed.ok()) return badArgument(parsed.error);
+  const script::RunnerOptions& options = parsed.options;
+  if (options.help) {
+    std::fputs(kUsage, stdout);
+    return 0;
   }
-  if (files.size() != 1) return badArgument(files.empty() ? "no script file given" : "give one script file only");
-
   if (const char* fixed = std::getenv("TL42RQ_TRACE_TIME"); fixed && *fixed) {
     reader::DateTime t{};
     if (!parseTraceTime(fixed, t))
@@ -94,21 +98,30 @@ int main(int argc, char** argv) {
     reader::setClock(std::make_shared<reader::FixedClock>(t));
   }
 
-  QFile file(QString::fromLocal8Bit(files[0].c_str()));
-  if (!file.open(QIODevice::ReadOnly)) {
-    std::fprintf(stderr, "tl42rq-script: cannot read %s: %s\n", files[0].c_str(),
-                 file.errorString().toLocal8Bit().constData());
-    return 2;
-  }
-  const QByteArray bytes = file.readAll();
-  if (file.error() != QFileDevice::NoError) {
-    std::fprintf(stderr, "tl42rq-script: cannot read %s: %s\n", files[0].c_str(),
-                 file.errorString().toLocal8Bit().constData());
-    return 2;
-  }
-  file.close();
+  std::string bytes;
+  if (!readWhole(options.scriptFile, bytes)) return 2;
   // As Load Script: an empty file loads nothing, and nothing runs.
-  const std::string view = bytes.isEmpty() ? std::string() : script::viewTextOfFile(bytes.toStdString());
+  const std::string view = bytes.empty() ? std::string() : script::viewTextOfFile(bytes);
+
+  // The saved log to compare with, read whole before anything runs.
+  std::string expected;
+  const bool comparing = !options.expectLog.empty();
+  if (comparing && !readWhole(options.expectLog, expected)) return 2;
+
+  // The capture, written as the calls happen.
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> captureFile(nullptr, &std::fclose);
+  std::unique_ptr<capture::StreamWriter> captureWriter;
+  if (!options.pcapngFile.empty()) {
+    captureFile.reset(std::fopen(options.pcapngFile.c_str(), "wb"));
+    if (!captureFile) {
+      std::fprintf(stderr, "tl42rq-script: cannot write %s: %s\n", options.pcapngFile.c_str(), std::strerror(errno));
+      return 2;
+    }
+    captureWriter = std::make_unique<capture::StreamWriter>([f = captureFile.get()](const pcapng::Bytes& b) {
+      return std::fwrite(b.data(), 1, b.size(), f) == b.size() && std::fflush(f) == 0;
+    });
+  }
+  reader::ObserveExchanges observe(captureWriter.get());
 
   std::unique_ptr<reader::ReaderDriver> driver = reader::LibraryDriver::load(
       reader::defaultLibraryPath(QCoreApplication::applicationDirPath().toStdString()));
@@ -122,14 +135,20 @@ int main(int argc, char** argv) {
   g.scriptLoop = false;
 
   script::PlainLoopControls controls;
-  if (loop) controls.switchOn(loopPasses);
+  if (options.loop) controls.switchOn(options.loopPasses);
 
   reader::TraceLog log;
+  std::string runLog;
   log.setSink(
-      [&log](const std::string& piece) {
-        std::fwrite(piece.data(), 1, piece.size(), stdout);
-        std::fflush(stdout);
-        // Everything is on standard output already; an endless loop must not keep it all.
+      [&log, &runLog, comparing](const std::string& piece) {
+        if (comparing) {
+          runLog += piece;
+        } else {
+          std::fwrite(piece.data(), 1, piece.size(), stdout);
+          std::fflush(stdout);
+        }
+        // Everything is on standard output or in runLog already; an endless loop must not
+        // keep it twice.
         if (log.text().size() > (1u << 20)) log.clear();
       },
       nullptr);
@@ -142,5 +161,14 @@ int main(int argc, char** argv) {
   const script::RunOutcome outcome = interpreter.launch(view);
   std::fflush(stdout);
   reader::setDriver(nullptr);
+  if (captureWriter && captureWriter->failed()) {
+    std::fprintf(stderr, "tl42rq-script: cannot write %s\n", options.pcapngFile.c_str());
+    return 2;
+  }
+  if (comparing) {
+    const script::LogComparison c = script::compareLogs(expected, runLog, options.expectLog, options.scriptFile + " (this run)");
+    std::fputs(c.diff.c_str(), stdout);
+    return c.same ? 0 : 1;
+  }
   return outcome == script::RunOutcome::ScriptError ? 1 : 0;
 }

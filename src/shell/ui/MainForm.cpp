@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QFile>
+#include <QFileInfo>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -12,6 +13,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "export/Capture.h"
 #include "reader/Drivers.h"
 #include "reader/HexText.h"
 #include "shell/Product.h"
@@ -110,6 +112,8 @@ void MainForm::buildMenus() {
           [this] { openPanel(PanelId::Script); });
   connect(item(tools, "mnuShowMementoFile", "Memento File"), &QAction::triggered, this,
           [this] { openPanel(PanelId::MementoFile); });
+  connect(item(tools, "mnuExportPcapng", "Export trace (pcapng)..."), &QAction::triggered, this,
+          &MainForm::mnuExportPcapng_Click);
 
   QMenu* help = topMenu("mnuHelp", "Help");
   connect(item(help, "mnubackgroundcolor", "Change backgroung color"), &QAction::triggered, this,
@@ -160,6 +164,37 @@ void MainForm::mnubackgroundcolor_Click() {
   mdi_->setBackground(colour);
   g.backgroundColor = std::to_string(colourNumber(colour));
   shell::writeUsageFile(g.lastDirectory, g.backgroundColor);
+}
+
+Panel* MainForm::activePanel() const {
+  QMdiSubWindow* sub = mdi_->activeSubWindow();
+  if (!sub) sub = mdi_->currentSubWindow();
+  // Before any window was activated (no window manager yet), the one in front counts.
+  if (!sub && !mdi_->subWindowList(QMdiArea::StackingOrder).isEmpty())
+    sub = mdi_->subWindowList(QMdiArea::StackingOrder).last();
+  auto* p = sub ? qobject_cast<Panel*>(sub->widget()) : nullptr;
+  return p && !p->closing() ? p : nullptr;
+}
+
+// The active panel's exchanges as a pcapng file of the user's choice, through the save
+// dialog and the last-used directory as Save Log goes.
+void MainForm::mnuExportPcapng_Click() {
+  Panel* p = activePanel();
+  if (!p) return;
+  const pcapng::Bytes file = capture::pcapngFile(p->capture().records());
+  auto& g = glob::state();
+  const QString name =
+      dialogs().saveFileName(this, QString::fromStdString(g.lastDirectory), "pcapng File (*.pcapng)|*.pcapng").trimmed();
+  if (name.isEmpty()) return;
+  const QString title = QFileInfo(name).fileName().trimmed();
+  const std::string dir = name.left(name.size() - title.size()).toStdString();
+  if (dir != g.lastDirectory) {
+    g.lastDirectory = dir;
+    shell::writeUsageFile(g.lastDirectory, g.backgroundColor);
+  }
+  QFile f(name);
+  if (f.open(QIODevice::WriteOnly | QIODevice::Truncate))
+    f.write(reinterpret_cast<const char*>(file.data()), static_cast<qint64>(file.size()));
 }
 
 Panel* MainForm::panel(PanelId id) const {

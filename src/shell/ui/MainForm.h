@@ -41,6 +41,10 @@ class MainForm : public QMainWindow {
   void setEndsProcessOnClose(bool ends) { endsProcessOnClose_ = ends; }
 
   void mnubackgroundcolor_Click();
+  // Tools > Export trace (pcapng)...: the active panel's capture through the save dialog.
+  void mnuExportPcapng_Click();
+  // The panel of the active child window, if any.
+  Panel* activePanel() const;
 
  protected:
   void closeEvent(QCloseEvent* event) override;

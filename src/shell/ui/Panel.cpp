@@ -28,7 +28,7 @@ Panel::~Panel() {
   glob::panelOpen(id_) = false;
 }
 
-Panel::HandlerScope::HandlerScope(Panel* p) : panel_(p) { ++panel_->handlersRunning_; }
+Panel::HandlerScope::HandlerScope(Panel* p) : panel_(p), observe_(&p->capture_) { ++panel_->handlersRunning_; }
 
 Panel::HandlerScope::~HandlerScope() {
   if (!panel_) return;
@@ -79,7 +79,10 @@ reader::Answer Panel::exchange(reader::Op op, const std::string& request) {
   return reader::exchange(d, op, request, reader::reconnectWith(d, reconnectKind()));
 }
 
-void Panel::cmdClearLog_Click() { log_.clear(); }
+void Panel::cmdClearLog_Click() {
+  log_.clear();
+  capture_.clear();
+}
 
 void Panel::cmdSaveLog_Click() {
   if (!logView_ || logView_->toPlainText().isEmpty()) return;

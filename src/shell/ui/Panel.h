@@ -7,6 +7,7 @@
 #include <string>
 
 #include "reader/Exchange.h"
+#include "reader/ExchangeRecord.h"
 #include "reader/Reconnect.h"
 #include "reader/TraceLog.h"
 #include "shell/GlobVariables.h"
@@ -25,6 +26,9 @@ class Panel : public QWidget {
 
   glob::PanelId panelId() const { return id_; }
   reader::TraceLog& log() { return log_; }
+  // Every driver call made while one of this panel's handlers runs, for a capture export;
+  // cleared with the log.
+  const reader::ExchangeRecorder& capture() const { return capture_; }
   QPlainTextEdit* logView() const { return logView_; }
   // True once the panel was asked to close; loops end at their next check.
   bool closing() const { return closing_; }
@@ -40,6 +44,7 @@ class Panel : public QWidget {
 
    private:
     QPointer<Panel> panel_;
+    reader::ObserveExchanges observe_;
   };
 
   void cmdClearLog_Click();
@@ -66,6 +71,7 @@ class Panel : public QWidget {
   void finishClose();
   glob::PanelId id_;
   reader::TraceLog log_;
+  reader::ExchangeRecorder capture_;
   QPlainTextEdit* logView_ = nullptr;
   int handlersRunning_ = 0;
   bool closing_ = false;

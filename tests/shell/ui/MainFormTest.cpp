@@ -114,7 +114,8 @@ class MainFormTest : public QObject {
     QCOMPARE(uitest::find<QAction>(&f, "mnuISO18092product")->text(), QString("ISO18092 Cards commands"));
     QStringList tools;
     for (QAction* a : uitest::find<QMenu>(&f, "mnuTool")->actions()) tools << a->text();
-    QCOMPARE(tools, (QStringList{"DEMO-TL42RQ-A tool box", "Tag Detection tool", "Auto Detect tool", "Script tool", "Memento File"}));
+    QCOMPARE(tools, (QStringList{"DEMO-TL42RQ-A tool box", "Tag Detection tool", "Auto Detect tool", "Script tool", "Memento File",
+                                 "Export trace (pcapng)..."}));
     QVERIFY(!uitest::find<QAction>(&f, "mnuShowMementoFile")->isVisible());
     QStringList help;
     for (QAction* a : uitest::find<QMenu>(&f, "mnuHelp")->actions()) help << a->text();
