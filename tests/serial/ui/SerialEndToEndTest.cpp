@@ -3,6 +3,7 @@
 // 14443-A and tag-detection windows give the same traces and results as on the simulated
 // board with the same field.
 #include <QAbstractButton>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -187,8 +188,10 @@ class SerialEndToEndTest : public QObject {
     const Outcome serial = iso15693InventoryAndWholeRead();
     QCOMPARE(serial.list, (QStringList{"\tUID\t\t\tDSFID", "", " 00\tE00200001A2B3C40\t\tA1"}));
     QCOMPARE(serial.view.size(), 16);
-    QCOMPARE(serial.view.first(), QString("00   11 22 33 44 "));
-    QCOMPARE(serial.view.last(), QString("3C   00 00 00 00 "));
+    QCOMPARE(serial.view.first(), QString("00   00 11 22 33 "));
+    QCOMPARE(serial.view.last(), QString("0F   00 00 00 00 "));
+    QCOMPARE(memoryBuffer().Size(), 64L);  // the whole memory of the product
+    QCOMPARE(memoryBuffer().Item(7), std::string("0D 0E 0F 10 "));
     QVERIFY(serial.log.find("2223403C2B1A000002E03807") != std::string::npos);
     QCOMPARE(serial.log, simulated.log);
     QCOMPARE(serial.view, simulated.view);
