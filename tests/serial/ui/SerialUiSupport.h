@@ -12,6 +12,8 @@
 #include <QtTest>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "reader/Drivers.h"
 #include "support/UiTestSupport.h"
@@ -92,5 +94,30 @@ inline std::unique_ptr<reader::ReaderDriver> serialDriver(const QString& port) {
   qputenv("TL42RQ_DRIVER", SERIAL_LIBRARY);
   return reader::LibraryDriver::load(reader::defaultLibraryPath(QDir::tempPath().toStdString()));
 }
+
+// Forwards to a driver and keeps every call with its status and answer, so that a test can
+// state exactly what an exchange, its reconnect and its repeat did.
+class RecordingDriver final : public reader::ReaderDriver {
+ public:
+  struct Call {
+    reader::Op op;
+    std::int32_t status;
+    std::string answer;
+    bool operator==(const Call&) const = default;
+  };
+  explicit RecordingDriver(reader::ReaderDriver& inner) : inner_(inner) {}
+  std::int32_t call(reader::Op op, const char* request, char* answer) override {
+    const std::int32_t status = inner_.call(op, request, answer);
+    calls_.push_back({op, status, answer ? std::string(answer) : std::string()});
+    return status;
+  }
+  std::string description() const override { return inner_.description(); }
+  // The calls since the last take, and forgets them.
+  std::vector<Call> take() { return std::exchange(calls_, {}); }
+
+ private:
+  reader::ReaderDriver& inner_;
+  std::vector<Call> calls_;
+};
 
 }  // namespace serialtest
