@@ -16,7 +16,7 @@
 //   hangup MS    at the next command: send half its answer, close the pseudo-terminal,
 //                wait MS milliseconds, open a new one (and move the link to it), then
 //                print "back " + the device path
-//   quit         end
+//   quit         end (so does the end of standard input)
 #include <fcntl.h>
 #include <poll.h>
 #include <termios.h>
@@ -105,9 +105,8 @@ class Emulator {
       return 1;
     }
     say(devicePath());
-    bool stdinOpen = true;
     for (;;) {
-      pollfd fds[2] = {{pty_.master, POLLIN, 0}, {stdinOpen ? 0 : -1, POLLIN, 0}};
+      pollfd fds[2] = {{pty_.master, POLLIN, 0}, {0, POLLIN, 0}};
       if (::poll(fds, 2, -1) < 0) {
         if (errno == EINTR) continue;
         return 1;
@@ -116,8 +115,8 @@ class Emulator {
         // Read the descriptor itself: a buffered stream would hide a second line from poll.
         char chunk[256];
         const ssize_t n = ::read(0, chunk, sizeof chunk);
-        if (n <= 0) stdinOpen = false;
-        if (n > 0) controlText_.append(chunk, static_cast<std::size_t>(n));
+        if (n <= 0) break;  // whoever started the emulator has gone
+        controlText_.append(chunk, static_cast<std::size_t>(n));
         bool quit = false;
         for (std::size_t end; !quit && (end = controlText_.find('\n')) != std::string::npos;) {
           const std::string line = controlText_.substr(0, end);
