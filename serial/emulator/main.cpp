@@ -16,9 +16,11 @@
 //   hangup MS    at the next command: send half its answer, close the pseudo-terminal,
 //                wait MS milliseconds, open a new one (and move the link to it), then
 //                print "back " + the device path
-//   quit         end (so does the end of standard input)
+//   quit         end (so does the end of standard input when it is a pipe: the test or
+//                program that started the emulator has gone)
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -105,8 +107,11 @@ class Emulator {
       return 1;
     }
     say(devicePath());
+    struct stat in {};
+    const bool controlledThroughPipe = ::fstat(0, &in) == 0 && (S_ISFIFO(in.st_mode) || S_ISSOCK(in.st_mode));
+    bool watchInput = true;
     for (;;) {
-      pollfd fds[2] = {{pty_.master, POLLIN, 0}, {0, POLLIN, 0}};
+      pollfd fds[2] = {{pty_.master, POLLIN, 0}, {watchInput ? 0 : -1, POLLIN, 0}};
       if (::poll(fds, 2, -1) < 0) {
         if (errno == EINTR) continue;
         return 1;
@@ -115,8 +120,9 @@ class Emulator {
         // Read the descriptor itself: a buffered stream would hide a second line from poll.
         char chunk[256];
         const ssize_t n = ::read(0, chunk, sizeof chunk);
-        if (n <= 0) break;  // whoever started the emulator has gone
-        controlText_.append(chunk, static_cast<std::size_t>(n));
+        if (n <= 0 && controlledThroughPipe) break;  // whoever started the emulator has gone
+        if (n <= 0) watchInput = false;              // /dev/null or a closed terminal: serve on
+        if (n > 0) controlText_.append(chunk, static_cast<std::size_t>(n));
         bool quit = false;
         for (std::size_t end; !quit && (end = controlText_.find('\n')) != std::string::npos;) {
           const std::string line = controlText_.substr(0, end);
