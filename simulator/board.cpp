@@ -1,15 +1,12 @@
 #include "simulator/board.h"
 
+#include "common/chipframe.h"
 #include "simulator/control.h"
 #include "simulator/tags/iso15693.h"
 
 namespace sim {
 
 namespace {
-
-std::optional<hex::Bytes> requestBytes(const char* text) {
-  return hex::toBytes(hex::withoutBlanks(text ? text : ""));
-}
 
 // What the controller answers for the operations it carries out itself.
 std::string done() { return answerText(Result::Ok); }
@@ -81,14 +78,9 @@ void Board::powerOn() {
 }
 
 std::string Board::chipRequest(std::uint8_t command, const char* text) {
-  const auto bytes = requestBytes(text);
-  if (!bytes || bytes->size() > 0xFF) return answerText(Result::InvalidLength);
-  hex::Bytes frame;
-  frame.reserve(2 + bytes->size());
-  frame.push_back(command);
-  frame.push_back(static_cast<std::uint8_t>(bytes->size()));
-  frame.insert(frame.end(), bytes->begin(), bytes->end());
-  return chip_.execute(frame, field_.contents());
+  const auto frame = chipframe::commandFrame(command, text);
+  if (!frame) return answerText(Result::InvalidLength);
+  return chip_.execute(*frame, field_.contents());
 }
 
 // An overridden connect leaves the link as it was: a status 0 that opens nothing lets a
@@ -129,19 +121,23 @@ std::int32_t Board::mcuRevision(char* answer) {
 }
 
 std::int32_t Board::idn(char* answer) {
-  return chipOperation("TL42RQDll_Idn", answer, [&] { return chip_.execute({0x01, 0x00}, field_.contents()); });
+  return chipOperation("TL42RQDll_Idn", answer,
+                       [&] { return chip_.execute(chipframe::idnFrame(), field_.contents()); });
 }
 
 std::int32_t Board::echo(char* answer) {
-  return chipOperation("TL42RQDll_Echo", answer, [&] { return chip_.execute({0x55}, field_.contents()); });
+  return chipOperation("TL42RQDll_Echo", answer,
+                       [&] { return chip_.execute(chipframe::echoFrame(), field_.contents()); });
 }
 
 std::int32_t Board::select(const char* parameters, char* answer) {
-  return chipOperation("TL42RQDll_Select", parameters, answer, [&] { return chipRequest(0x02, parameters); });
+  return chipOperation("TL42RQDll_Select", parameters, answer,
+                       [&] { return chipRequest(chipframe::kProtocolSelect, parameters); });
 }
 
 std::int32_t Board::sendReceive(const char* frame, char* answer) {
-  return chipOperation("TL42RQDll_SendReceive", frame, answer, [&] { return chipRequest(0x04, frame); });
+  return chipOperation("TL42RQDll_SendReceive", frame, answer,
+                       [&] { return chipRequest(chipframe::kSendRecv, frame); });
 }
 
 // The mode field "01" hands the rest to the chip as it stands. "02" marks the controller's
@@ -149,15 +145,13 @@ std::int32_t Board::sendReceive(const char* frame, char* answer) {
 // goes to the chip.
 std::int32_t Board::kqCmd(const char* frame, char* answer) {
   return chipOperation("TL42RQDll_KQCmd", frame, answer, [&] {
-    const std::string text = hex::withoutBlanks(frame ? frame : "");
-    const std::string_view mode = std::string_view(text).substr(0, 2);
-    if (mode != "01" && mode != "02") return answerText(Result::InvalidLength);
-    const auto bytes = hex::toBytes(std::string_view(text).substr(2));
-    if (!bytes) return answerText(Result::InvalidLength);
+    const chipframe::KQRequest request = chipframe::kqRequest(frame);
+    if (request.mode == chipframe::KQRequest::Mode::Bad) return answerText(Result::InvalidLength);
     // Mode 02 addresses the board's controller rather than the chip: its ISO 15693
     // anticollision (A0) runs the slot sequence itself and answers the tags it found.
-    if (mode == "02") return iso15693ControllerCommand(*bytes, chip_.protocol(), field_.contents());
-    return chip_.execute(*bytes, field_.contents());
+    if (request.mode == chipframe::KQRequest::Mode::Controller)
+      return iso15693ControllerCommand(request.frame, chip_.protocol(), field_.contents());
+    return chip_.execute(request.frame, field_.contents());
   });
 }
 
