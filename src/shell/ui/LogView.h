@@ -42,6 +42,8 @@ class LogView final : public QPlainTextEdit {
 
   // Lines of the log, and the first one on screen.
   std::size_t lineCount() const { return lines_.count(); }
+  // Line n as the view draws it.
+  QString lineText(std::size_t n) const { return shownLine(n); }
   std::size_t firstVisibleLine() const;
   // Whether the last line of the log is on screen once the pending refresh is done.
   bool followsEnd() const { return follow_; }
