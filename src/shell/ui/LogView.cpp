@@ -74,6 +74,11 @@ LogView::~LogView() = default;
 void LogView::appended(const std::string& piece) {
   const std::string& text = log_.text();
   lines_.appended(text, text.size() >= piece.size() ? text.size() - piece.size() : 0);
+  if (text.capacity() != capacity_) {
+    // The string moved to a larger buffer; the old one must not stay resident.
+    capacity_ = text.capacity();
+    giveMemoryBack();
+  }
   if (!mirrorStale_ && burst_ < kSyncAppends) {
     mirror(piece);
     ++burst_;
@@ -86,6 +91,7 @@ void LogView::appended(const std::string& piece) {
 
 void LogView::cleared() {
   lines_.clear();
+  capacity_ = 0;
   document()->clear();
   mirrorStale_ = appendedSinceRefresh_ = false;
   burst_ = 0;

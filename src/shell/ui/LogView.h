@@ -94,6 +94,7 @@ class LogView final : public QPlainTextEdit {
   QScrollBar* hbar_;
   QTimer refreshTimer_;
   bool follow_ = true;
+  std::size_t capacity_ = 0;
   int burst_ = 0;
   bool mirrorStale_ = false;
   bool appendedSinceRefresh_ = false;
