@@ -59,10 +59,7 @@ LogView::LogView(const reader::TraceLog& log, QWidget* parent)
   hbar_->setRange(0, 0);
   vbar_->hide();
   hbar_->hide();
-  connect(vbar_, &QScrollBar::valueChanged, this, [this] {
-    follow_ = vbar_->value() >= vbar_->maximum();
-    viewport()->update();
-  });
+  connect(vbar_, &QScrollBar::valueChanged, this, [this] { viewport()->update(); });
   connect(hbar_, &QScrollBar::valueChanged, this, [this] { viewport()->update(); });
   refreshTimer_.setSingleShot(true);
   refreshTimer_.setInterval(kRefreshMs);
@@ -85,7 +82,7 @@ void LogView::appended(const std::string& piece) {
   } else {
     mirrorStale_ = true;
   }
-  appendedSinceRefresh_ = true;
+  appendedSinceRefresh_ = scrollToEnd_ = true;
   scheduleRefresh();
 }
 
@@ -97,7 +94,9 @@ void LogView::cleared() {
   burst_ = 0;
   hasSelection_ = selecting_ = false;
   widest_ = 0;
-  follow_ = true;
+  scrollToEnd_ = false;
+  vbar_->setValue(0);
+  hbar_->setValue(0);
   refreshNow();
   giveMemoryBack();
 }
@@ -163,10 +162,18 @@ qreal LogView::lineHeight() const {
 }
 
 int LogView::visibleLines() const {
-  const qreal margin = document()->documentMargin();
-  const int n = static_cast<int>((viewport()->height() - margin) / lineHeight());
-  return std::max(1, n);
+  return std::max(1, static_cast<int>(viewport()->height() / lineHeight()));
 }
+
+int LogView::endTop() const {
+  // As the editor scrolls its caret into view at the end: the last line at the bottom,
+  // lines above it up to the top edge, the topmost one possibly cut.
+  const int lines = static_cast<int>(std::min<std::size_t>(lines_.count(), INT_MAX));
+  const int above = static_cast<int>(std::ceil((viewport()->height() - lineHeight()) / lineHeight()));
+  return std::max(0, lines - 1 - std::max(0, above));
+}
+
+bool LogView::followsEnd() const { return vbar_->value() >= endTop(); }
 
 void LogView::refresh() {
   if (appendedSinceRefresh_) {
@@ -177,20 +184,30 @@ void LogView::refresh() {
     burst_ = 0;
     if (mirrorStale_) rebuildMirror();
   }
+  const qreal margin = document()->documentMargin();
+  // Every append puts the caret at the end of the log, and the caret is kept in view.
+  qreal caretX = -1;
+  if (scrollToEnd_) {
+    QTextLayout last;
+    layOut(last, shownLine(lines_.count() - 1));
+    caretX = margin + (last.lineCount() > 0 ? last.lineAt(0).naturalTextWidth() : 0);
+    widest_ = std::max(widest_, caretX + margin);
+  }
   placeScrollBars();
-  const std::size_t count = lines_.count();
-  const int lines = static_cast<int>(std::min<std::size_t>(count, INT_MAX));
-  const int top = std::max(0, lines - visibleLines());
-  const bool follow = follow_;
+  const int lines = static_cast<int>(std::min<std::size_t>(lines_.count(), INT_MAX));
   vbar_->setPageStep(visibleLines());
   vbar_->setSingleStep(1);
-  vbar_->setRange(0, top);
-  if (follow) vbar_->setValue(top);
-  follow_ = follow || vbar_->value() >= vbar_->maximum();
-  const int wide = static_cast<int>(std::ceil(widest_)) - viewport()->width();
-  hbar_->setPageStep(viewport()->width());
+  vbar_->setRange(0, std::max(0, lines - visibleLines()));
+  const int width = viewport()->width();
+  hbar_->setPageStep(width);
   hbar_->setSingleStep(20);
-  hbar_->setRange(0, std::max(0, wide));
+  hbar_->setRange(0, std::max(0, static_cast<int>(std::ceil(widest_)) - width));
+  if (scrollToEnd_) {
+    scrollToEnd_ = false;
+    if (vbar_->value() < endTop()) vbar_->setValue(endTop());
+    if (caretX < hbar_->value() || caretX + 1 > hbar_->value() + width)
+      hbar_->setValue(static_cast<int>(caretX) - width / 2);
+  }
   placeScrollBars();
   viewport()->update();
 }

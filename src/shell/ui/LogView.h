@@ -45,8 +45,8 @@ class LogView final : public QPlainTextEdit {
   // Line n as the view draws it.
   QString lineText(std::size_t n) const { return shownLine(n); }
   std::size_t firstVisibleLine() const;
-  // Whether the last line of the log is on screen once the pending refresh is done.
-  bool followsEnd() const { return follow_; }
+  // Whether the view stands at the end of the log, as it does after every append.
+  bool followsEnd() const;
   // Brings scroll bars and screen up to date now instead of at the next refresh.
   void refreshNow();
 
@@ -81,6 +81,7 @@ class LogView final : public QPlainTextEdit {
   void mirror(const std::string& piece);
   void rebuildMirror();
   int visibleLines() const;
+  int endTop() const;
   qreal lineHeight() const;
   Spot spotAt(const QPoint& pos) const;
   QString selectedText() const;
@@ -93,7 +94,7 @@ class LogView final : public QPlainTextEdit {
   QScrollBar* vbar_;
   QScrollBar* hbar_;
   QTimer refreshTimer_;
-  bool follow_ = true;
+  bool scrollToEnd_ = false;
   std::size_t capacity_ = 0;
   int burst_ = 0;
   bool mirrorStale_ = false;
