@@ -88,6 +88,7 @@ void LogView::appended(const std::string& piece) {
 
 void LogView::cleared() {
   lines_.clear();
+  layouts_.clear();
   capacity_ = 0;
   document()->clear();
   mirrorStale_ = appendedSinceRefresh_ = false;
@@ -250,6 +251,16 @@ void LogView::layOut(QTextLayout& layout, const QString& text) const {
   layout.endLayout();
 }
 
+const QTextLayout& LogView::laidOutLine(std::size_t n) const {
+  const QString text = shownLine(n);
+  std::shared_ptr<QTextLayout>& slot = layouts_[n];
+  if (!slot || slot->text() != text) {
+    slot = std::make_shared<QTextLayout>();
+    layOut(*slot, text);
+  }
+  return *slot;
+}
+
 void LogView::setWidest(qreal width) {
   if (width <= widest_) return;
   widest_ = width;
@@ -267,11 +278,13 @@ void LogView::paintEvent(QPaintEvent* event) {
   QTextCharFormat selected;
   selected.setBackground(palette().brush(QPalette::Highlight));
   selected.setForeground(palette().brush(QPalette::HighlightedText));
+  // Shaping a line costs more than drawing it: the lines on screen keep their layouts
+  // from one refresh to the next, and the store is emptied when it outgrows the screen.
+  if (layouts_.size() > 4 * (visibleLines() + 8)) layouts_.clear();
   qreal y = vbar_->value() == 0 ? margin : 0;
   for (std::size_t n = firstVisibleLine(); n < count && y < area.bottom() + 1; ++n, y += h) {
     if (y + h < area.top()) continue;
-    QTextLayout layout;
-    layOut(layout, shownLine(n));
+    const QTextLayout& layout = laidOutLine(n);
     QList<QTextLayout::FormatRange> ranges;
     if (hasSelection_ && n >= from.line && n <= to.line) {
       const int start = n == from.line ? from.column : 0;
@@ -297,6 +310,7 @@ void LogView::changeEvent(QEvent* event) {
   QPlainTextEdit::changeEvent(event);
   if (event->type() == QEvent::FontChange) {
     lineHeight_ = 0;
+    layouts_.clear();
     widest_ = 0;
     scheduleRefresh();
   }

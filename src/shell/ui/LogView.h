@@ -13,7 +13,9 @@
 
 #include <QPlainTextEdit>
 #include <QTimer>
+#include <QHash>
 #include <cstddef>
+#include <memory>
 #include <string>
 
 #include "reader/LogLines.h"
@@ -75,6 +77,8 @@ class LogView final : public QPlainTextEdit {
 
   QString shownLine(std::size_t n) const;
   void layOut(QTextLayout& layout, const QString& text) const;
+  // The laid-out line n, kept while it stays near the screen.
+  const QTextLayout& laidOutLine(std::size_t n) const;
   void scheduleRefresh();
   void refresh();
   void placeScrollBars();
@@ -100,6 +104,7 @@ class LogView final : public QPlainTextEdit {
   bool mirrorStale_ = false;
   bool appendedSinceRefresh_ = false;
   mutable qreal lineHeight_ = 0;
+  mutable QHash<std::size_t, std::shared_ptr<QTextLayout>> layouts_;
   qreal widest_ = 0;
   bool selecting_ = false;
   bool hasSelection_ = false;
