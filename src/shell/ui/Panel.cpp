@@ -29,13 +29,14 @@ class PaintPacer final : public QObject {
  public:
   static constexpr qint64 kRefreshMs = 16;
 
-  static PaintPacer& instance() {
-    static PaintPacer* pacer = [] {
-      auto* p = new PaintPacer(QCoreApplication::instance());
-      QCoreApplication::instance()->installEventFilter(p);
-      return p;
-    }();
-    return *pacer;
+  // The pacer of the running application, made at the first yield; none without one.
+  static PaintPacer* instance() {
+    static QPointer<PaintPacer> pacer;
+    if (!pacer && QCoreApplication::instance()) {
+      pacer = new PaintPacer(QCoreApplication::instance());
+      QCoreApplication::instance()->installEventFilter(pacer);
+    }
+    return pacer;
   }
 
   int yielding = 0;
@@ -79,10 +80,10 @@ class PaintPacer final : public QObject {
 }  // namespace
 
 void yieldEvents(int turns) {
-  PaintPacer& pacer = PaintPacer::instance();
-  ++pacer.yielding;
+  QPointer<PaintPacer> pacer = PaintPacer::instance();
+  if (pacer) ++pacer->yielding;
   for (int i = 0; i < turns; ++i) QCoreApplication::processEvents();
-  --pacer.yielding;
+  if (pacer) --pacer->yielding;
 }
 
 Panel::Panel(glob::PanelId id, const QString& name, QWidget* parent) : QWidget(parent), id_(id) {
