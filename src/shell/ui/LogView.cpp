@@ -78,6 +78,7 @@ void LogView::appended(const std::string& piece) {
   }
   if (!mirrorStale_ && burst_ < kSyncAppends) {
     mirror(piece);
+    mirrored_ = text.size();
     ++burst_;
   } else {
     mirrorStale_ = true;
@@ -89,6 +90,7 @@ void LogView::appended(const std::string& piece) {
 void LogView::cleared() {
   lines_.clear();
   layouts_.clear();
+  mirrored_ = 0;
   capacity_ = 0;
   document()->clear();
   mirrorStale_ = appendedSinceRefresh_ = false;
@@ -131,11 +133,16 @@ void LogView::mirror(const std::string& piece) {
 
 void LogView::rebuildMirror() {
   mirrorStale_ = false;
-  document()->clear();
-  const std::size_t count = lines_.count();
-  const std::size_t from = lines_.start(count > kMirrorLines ? count - kMirrorLines : 0);
   const std::string& text = log_.text();
-  mirror(from < text.size() ? text.substr(from) : std::string());
+  const std::size_t count = lines_.count();
+  const std::size_t tailFrom = lines_.start(count > kMirrorLines ? count - kMirrorLines : 0);
+  if (mirrored_ < tailFrom || mirrored_ > text.size()) {
+    // More came than the document keeps: it takes the last lines afresh.
+    document()->clear();
+    mirrored_ = tailFrom;
+  }
+  if (mirrored_ < text.size()) mirror(text.substr(mirrored_));
+  mirrored_ = text.size();
 }
 
 std::size_t LogView::firstVisibleLine() const { return static_cast<std::size_t>(vbar_->value()); }

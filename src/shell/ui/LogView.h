@@ -28,7 +28,7 @@ class LogView final : public QPlainTextEdit {
   Q_OBJECT
  public:
   // Lines the document keeps for the editor's API.
-  static constexpr int kMirrorLines = 2000;
+  static constexpr int kMirrorLines = 500;
   // Time between two refreshes while appends come in: the screen's refresh.
   static constexpr int kRefreshMs = 16;
   // Appends of one burst that reach the document at once; the rest of a long burst
@@ -102,6 +102,7 @@ class LogView final : public QPlainTextEdit {
   std::size_t capacity_ = 0;
   int burst_ = 0;
   bool mirrorStale_ = false;
+  std::size_t mirrored_ = 0;  // bytes of the log's text the document has been given
   bool appendedSinceRefresh_ = false;
   mutable qreal lineHeight_ = 0;
   mutable QHash<std::size_t, std::shared_ptr<QTextLayout>> layouts_;
