@@ -2,10 +2,13 @@
 // by block through the ISO 15693 panel on the simulated board, as Read Single Block does
 // it: one Send Receive, the request and answer boxes, the trace entry, the cut, a turn of
 // the event loop and one buffer row per block, then the sixteen rows of the page view.
-// Measured per block for a 64-block and a 2048-block read, against one bare driver call.
-// The program prints the ratios; with --check-ratio=R it fails when a block of the long
-// read costs more than R times a block of the short one (a cost that grows with the log
-// or the buffer would show there).
+// Measured per block for a 64-block and a 2048-block read, against one bare driver call
+// and against one exchange of the headless script runner (the same interpreter, trace log
+// and yields as tl42rq-script, 2048 Send Receive lines). The program prints the ratios;
+// with --check-ratio=R it fails when a block of the long read costs more than R times a
+// block of the short one (a cost that grows with the log or the buffer would show there),
+// and with --check-headless-ratio=H when a block of the long read costs more than H times
+// a headless exchange.
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
@@ -22,6 +25,8 @@
 #include "reader/Drivers.h"
 #include "reader/Exchange.h"
 #include "reader/ui/HexFields.h"
+#include "script/ScriptInterpreter.h"
+#include "shell/GlobVariables.h"
 #include "shell/Product.h"
 
 namespace {
@@ -115,6 +120,40 @@ void BM_BareDriverCall(benchmark::State& state) {
 }
 BENCHMARK(BM_BareDriverCall)->Repetitions(3)->Unit(benchmark::kMicrosecond);
 
+// The headless runner's work for one exchange: the script line read, the call, the trace
+// entry and the interpreter's yields, as tl42rq-script does them (without the printing).
+void BM_HeadlessPerExchange(benchmark::State& state) {
+  Bench& b = readBench();
+  if (!b.problem.empty()) {
+    state.SkipWithError(b.problem.c_str());
+    return;
+  }
+  std::string scriptText;
+  for (long i = 0; i < kLong; ++i) {
+    char line[64];
+    std::snprintf(line, sizeof line, "TL42RQDLL_SENDRECV, 0A20%02lX00\n", i % 256);
+    scriptText += line;
+  }
+  glob::state().scriptChipId = "00";
+  std::size_t logged = 0;
+  for (auto _ : state) {
+    reader::TraceLog log;
+    script::PlainLoopControls controls;
+    script::Interpreter interpreter(
+        *b.driver, log, [](long long turns) { for (long long i = 0; i < turns; ++i) QCoreApplication::processEvents(); },
+        controls);
+    if (interpreter.launch(script::viewTextOfFile(scriptText)) != script::RunOutcome::Finished) {
+      std::fprintf(stderr, "%s\n", log.text().substr(0, 300).c_str());
+      state.SkipWithError("the script did not run");
+    }
+    logged = log.text().size();
+  }
+  state.counters["items"] = static_cast<double>(kLong);
+  state.SetItemsProcessed(state.iterations() * kLong);
+  if (logged < static_cast<std::size_t>(kLong) * 40) state.SkipWithError("the script logged too little");
+}
+BENCHMARK(BM_HeadlessPerExchange)->Repetitions(3)->Unit(benchmark::kMicrosecond);
+
 void quietOffscreen(QtMsgType type, const QMessageLogContext& context, const QString& message) {
   if (message.contains(QLatin1String("propagateSizeHints"))) return;
   qt_message_output(type, context, message);
@@ -126,6 +165,7 @@ int main(int argc, char** argv) {
   qInstallMessageHandler(quietOffscreen);
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   const double limit = bench::takeOption(argc, argv, "check-ratio", 0);
+  const double headlessLimit = bench::takeOption(argc, argv, "check-headless-ratio", 0);
   QApplication app(argc, argv);
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
@@ -137,13 +177,22 @@ int main(int argc, char** argv) {
   const double shortRead = reporter.bestNs("BM_WindowReadPerBlock/" + std::to_string(kShort));
   const double longRead = reporter.bestNs("BM_WindowReadPerBlock/" + std::to_string(kLong));
   const double bare = reporter.bestNs("BM_BareDriverCall");
-  if (shortRead <= 0 || longRead <= 0 || bare <= 0) {
+  const double headless = reporter.bestNs("BM_HeadlessPerExchange");
+  if (shortRead <= 0 || longRead <= 0 || bare <= 0 || headless <= 0) {
     std::printf("ISO 15693 read ratios: not measured\n");
-    return limit > 0 ? 1 : 0;
+    return limit > 0 || headlessLimit > 0 ? 1 : 0;
   }
   std::printf("time per block through the window: %.1f us (%ld blocks), %.1f us (%ld blocks)\n", shortRead / 1000,
               kShort, longRead / 1000, kLong);
   std::printf("time per bare driver call: %.1f us; window / bare: %.1f\n", bare / 1000, longRead / bare);
+  std::printf("whole %ld-block read through the window: %.3f s wall clock (best of the runs)\n", kLong,
+              reporter.bestWallNs("BM_WindowReadPerBlock/" + std::to_string(kLong)) * kLong / 1e9);
+  std::printf("time per headless exchange: %.1f us; window per block / headless per exchange: %.2f\n",
+              headless / 1000, longRead / headless);
+  if (headlessLimit > 0 && longRead / headless > headlessLimit) {
+    std::printf("window / headless above %.2f\n", headlessLimit);
+    return 1;
+  }
   const double ratio = longRead / shortRead;
   std::printf("time per block, %ld-block read / %ld-block read: %.3f\n", kLong, kShort, ratio);
   if (limit > 0 && ratio > limit) {

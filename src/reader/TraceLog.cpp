@@ -62,7 +62,8 @@ void TraceLog::append(std::string piece) {
 }
 
 void TraceLog::clear() {
-  text_.clear();
+  // A long log's memory goes back with it, not only its length.
+  std::string().swap(text_);
   if (onClear_) onClear_();
 }
 

@@ -2,6 +2,10 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QElapsedTimer>
+#include <QHash>
+#include <QPointer>
+#include <QTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QHBoxLayout>
@@ -13,9 +17,73 @@
 #include "reader/Drivers.h"
 #include "shell/UsageFile.h"
 #include "shell/ui/Dialogs.h"
+#include "shell/ui/LogView.h"
+
+namespace {
+
+// A handler's loop yields after every step, and each yield used to repaint whatever the
+// step changed: a whole window drawn per block read. While a handler yields, a window is
+// repainted at most once per screen refresh; what changed meanwhile is painted together.
+// Outside yields (the program waiting for the user) painting is left as Qt does it.
+class PaintPacer final : public QObject {
+ public:
+  static constexpr qint64 kRefreshMs = 16;
+
+  // The pacer of the running application, made at the first yield; none without one.
+  static PaintPacer* instance() {
+    static QPointer<PaintPacer> pacer;
+    if (!pacer && QCoreApplication::instance()) {
+      pacer = new PaintPacer(QCoreApplication::instance());
+      QCoreApplication::instance()->installEventFilter(pacer);
+    }
+    return pacer;
+  }
+
+  int yielding = 0;
+
+ protected:
+  bool eventFilter(QObject* target, QEvent* event) override {
+    if (event->type() != QEvent::UpdateRequest || !target->isWidgetType()) return false;
+    auto* window = static_cast<QWidget*>(target);
+    if (!clock_.isValid()) clock_.start();
+    const qint64 now = clock_.elapsed();
+    const auto last = lastPaint_.constFind(window);
+    if (yielding > 0 && last != lastPaint_.cend() && now - *last < kRefreshMs) {
+      // Held back: the window's pending paint is asked for again at the next refresh.
+      if (!held_.contains(window)) held_.push_back(window);
+      if (!timer_.isActive()) timer_.start(static_cast<int>(kRefreshMs - (now - *last)));
+      return true;
+    }
+    lastPaint_.insert(window, now);
+    return false;
+  }
+
+ private:
+  explicit PaintPacer(QObject* parent) : QObject(parent) {
+    timer_.setSingleShot(true);
+    connect(&timer_, &QTimer::timeout, this, [this] {
+      const QList<QPointer<QWidget>> held = std::move(held_);
+      held_.clear();
+      for (const QPointer<QWidget>& w : held) lastPaint_.remove(w.data());
+      for (const QPointer<QWidget>& w : held)
+        if (w) QCoreApplication::postEvent(w, new QEvent(QEvent::UpdateRequest), Qt::LowEventPriority);
+    });
+  }
+
+  QElapsedTimer clock_;
+  // When each window was last painted; only compared, never dereferenced.
+  QHash<const QObject*, qint64> lastPaint_;
+  QTimer timer_;
+  QList<QPointer<QWidget>> held_;
+};
+
+}  // namespace
 
 void yieldEvents(int turns) {
+  QPointer<PaintPacer> pacer = PaintPacer::instance();
+  if (pacer) ++pacer->yielding;
   for (int i = 0; i < turns; ++i) QCoreApplication::processEvents();
+  if (pacer) --pacer->yielding;
 }
 
 Panel::Panel(glob::PanelId id, const QString& name, QWidget* parent) : QWidget(parent), id_(id) {
@@ -36,23 +104,13 @@ Panel::HandlerScope::~HandlerScope() {
 }
 
 QPlainTextEdit* Panel::createLogView(const QString& name) {
-  logView_ = new QPlainTextEdit(this);
-  logView_->setObjectName(name);
-  logView_->setReadOnly(true);
-  logView_->setVisible(true);
-  logView_->setLineWrapMode(QPlainTextEdit::NoWrap);
+  auto* view = new LogView(log_, this);
+  logView_ = view;
+  view->setObjectName(name);
+  view->setVisible(true);
   // The view gets only the new piece; the string stays the truth that Save Log writes.
-  log_.setSink(
-      [view = logView_](const std::string& piece) {
-        QString text = QString::fromLatin1(piece.data(), static_cast<int>(piece.size()));
-        text.remove(QLatin1Char('\r'));
-        QTextCursor c = view->textCursor();
-        c.movePosition(QTextCursor::End);
-        c.insertText(text);
-        view->setTextCursor(c);
-      },
-      [view = logView_] { view->clear(); });
-  return logView_;
+  log_.setSink([view](const std::string& piece) { view->appended(piece); }, [view] { view->cleared(); });
+  return view;
 }
 
 QWidget* Panel::createLogButtons(const QString& clearName, const QString& saveName) {
@@ -85,7 +143,8 @@ void Panel::cmdClearLog_Click() {
 }
 
 void Panel::cmdSaveLog_Click() {
-  if (!logView_ || logView_->toPlainText().isEmpty()) return;
+  // The view shows the string without its carriage returns: nothing else to show, nothing to save.
+  if (!logView_ || log_.text().find_first_not_of('\r') == std::string::npos) return;
   saveTextAs(this, log_.text());
 }
 
