@@ -435,7 +435,11 @@ class Locator {
       } else if (c == '\0') {
         return;
       } else {
+        // A word (number, literal), or a stray character such as a lone '/': the text
+        // behind a repeated key has not been read by the parser and may be anything.
+        const std::size_t start = pos_;
         while (pos_ < t_.size() && std::string_view(",:]} \t\r\n/").find(t_[pos_]) == npos) ++pos_;
+        if (pos_ == start) ++pos_;
       }
     } while (depth > 0 && pos_ < t_.size());
   }
