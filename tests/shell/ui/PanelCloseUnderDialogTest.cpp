@@ -13,6 +13,7 @@
 #include <QTimer>
 #include <QtTest>
 #include <functional>
+#include <memory>
 
 #include "shell/GlobVariables.h"
 #include "shell/UsageFile.h"
@@ -50,19 +51,27 @@ QByteArray contentsOf(const QString& path) {
 }
 
 // Calls `act` with the application's modal widget of type T as soon as there is one.
+// Gives up after two seconds, so that a dialog that never comes fails the test instead of
+// leaving the timer behind.
 template <typename T>
 void whenModal(const std::function<void(T*)>& act) {
   auto* timer = new QTimer;
   timer->setInterval(5);
-  QObject::connect(timer, &QTimer::timeout, [timer, act] {
-    if (auto* w = qobject_cast<T*>(QApplication::activeModalWidget())) {
+  auto ticks = std::make_shared<int>(0);
+  QObject::connect(timer, &QTimer::timeout, [timer, act, ticks] {
+    auto* w = qobject_cast<T*>(QApplication::activeModalWidget());
+    if (w || ++*ticks > 400) {
       timer->stop();
       timer->deleteLater();
-      act(w);
     }
+    if (w) act(w);
   });
   timer->start();
 }
+
+// What the event loop of a dialog does while it waits: windows closed meanwhile are
+// deleted now, unless something keeps them.
+void dialogLoopTurns() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
 
 // Types the path into Qt's file dialog and presses Save, as a person does.
 void saveAs(QFileDialog* dialog, const QString& path) {
@@ -128,6 +137,7 @@ class PanelCloseUnderDialogTest : public QObject {
     dialogs_.answer = target();
     dialogs_.whileOpen = [&] {
       sub->close();
+      dialogLoopTurns();
       QVERIFY(p);  // still there under the dialog, only hidden
       QVERIFY(!sub->isVisible());
       QVERIFY(f.panel(PanelId::ISO18092) == nullptr);
@@ -145,7 +155,10 @@ class PanelCloseUnderDialogTest : public QObject {
     MainForm f;
     QPointer<Panel> p = openPanelWithLog(f);
     dialogs_.answer = target();
-    dialogs_.whileOpen = [&] { f.openProduct("VAS60E"); };
+    dialogs_.whileOpen = [&] {
+      f.openProduct("VAS60E");
+      dialogLoopTurns();
+    };
     clickSaveLog(p);
     QCOMPARE(contentsOf(target()), QByteArray(kLogText));
     settle();
@@ -159,7 +172,10 @@ class PanelCloseUnderDialogTest : public QObject {
     MainForm f;
     QPointer<Panel> p = openPanelWithLog(f);
     dialogs_.answer = target();
-    dialogs_.whileOpen = [&] { f.openProduct("ISO18092"); };
+    dialogs_.whileOpen = [&] {
+      f.openProduct("ISO18092");
+      dialogLoopTurns();
+    };
     clickSaveLog(p);
     QCOMPARE(contentsOf(target()), QByteArray(kLogText));
     settle();
@@ -175,7 +191,10 @@ class PanelCloseUnderDialogTest : public QObject {
     QPointer<Panel> p = openPanelWithLog(f);
     QPointer<QMdiSubWindow> sub = windowOf(p);
     dialogs_.answer = QString();
-    dialogs_.whileOpen = [&] { sub->close(); };
+    dialogs_.whileOpen = [&] {
+      sub->close();
+      dialogLoopTurns();
+    };
     clickSaveLog(p);
     QVERIFY(!QFile::exists(target()));
     settle();
@@ -189,10 +208,13 @@ class PanelCloseUnderDialogTest : public QObject {
     QPointer<Panel> p = openPanelWithLog(f);
     QPointer<QMdiSubWindow> sub = windowOf(p);
     bool acted = false;
-    whenModal<QFileDialog>([&](QFileDialog* dialog) {
-      acted = true;
+    whenModal<QFileDialog>([&](QFileDialog*) {
       sub->close();
-      saveAs(dialog, target());
+      // The person answers later: the dialog's loop turns in between.
+      whenModal<QFileDialog>([&](QFileDialog* dialog) {
+        acted = true;
+        saveAs(dialog, target());
+      });
     });
     clickSaveLog(p);
     QVERIFY(acted);
@@ -206,10 +228,12 @@ class PanelCloseUnderDialogTest : public QObject {
     MainForm f;
     QPointer<Panel> p = openPanelWithLog(f);
     bool acted = false;
-    whenModal<QFileDialog>([&](QFileDialog* dialog) {
-      acted = true;
+    whenModal<QFileDialog>([&](QFileDialog*) {
       f.openProduct("VAS60E");
-      saveAs(dialog, target());
+      whenModal<QFileDialog>([&](QFileDialog* dialog) {
+        acted = true;
+        saveAs(dialog, target());
+      });
     });
     clickSaveLog(p);
     QVERIFY(acted);
@@ -232,10 +256,12 @@ class PanelCloseUnderDialogTest : public QObject {
     QPointer<QMdiSubWindow> sub = windowOf(p);
     bool prompted = false;
     whenModal<QFileDialog>([&](QFileDialog* dialog) {
-      whenModal<QMessageBox>([&](QMessageBox* prompt) {
-        prompted = true;
+      whenModal<QMessageBox>([&](QMessageBox*) {
         sub->close();
-        prompt->button(QMessageBox::Yes)->click();
+        whenModal<QMessageBox>([&](QMessageBox* prompt) {
+          prompted = true;
+          prompt->button(QMessageBox::Yes)->click();
+        });
       });
       saveAs(dialog, target());
     });
@@ -257,12 +283,14 @@ class PanelCloseUnderDialogTest : public QObject {
     QPointer<Panel> p = openPanelWithLog(f);
     bool prompted = false;
     whenModal<QFileDialog>([&](QFileDialog* dialog) {
-      whenModal<QMessageBox>([&](QMessageBox* prompt) {
-        prompted = true;
+      whenModal<QMessageBox>([&](QMessageBox*) {
         f.openProduct("ISO14443-A");
-        prompt->button(QMessageBox::No)->click();
-        // Refused: the file dialog stays up; the person cancels it.
-        whenModal<QFileDialog>([](QFileDialog* again) { again->reject(); });
+        whenModal<QMessageBox>([&](QMessageBox* prompt) {
+          prompted = true;
+          prompt->button(QMessageBox::No)->click();
+          // Refused: the file dialog stays up; the person cancels it.
+          whenModal<QFileDialog>([](QFileDialog* again) { again->reject(); });
+        });
       });
       saveAs(dialog, target());
     });
