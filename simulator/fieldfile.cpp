@@ -355,13 +355,17 @@ class Locator {
  public:
   explicit Locator(std::string_view text) : t_(text) {}
 
-  std::size_t find(const Path& path) {
+  // `secondKey`: the path ends in a key given twice; its second value is wanted, not the
+  // last one that the parser keeps.
+  std::size_t find(const Path& path, bool secondKey = false) {
     pos_ = 0;
     if (t_.substr(0, 3) == "\xEF\xBB\xBF") pos_ = 3;
     skipBlank();
     std::size_t found = pos_;
-    for (const Step& step : path) {
-      const std::size_t at = std::holds_alternative<std::string>(step) ? member(std::get<std::string>(step))
+    for (std::size_t i = 0; i < path.size(); ++i) {
+      const Step& step = path[i];
+      const bool second = secondKey && i + 1 == path.size();
+      const std::size_t at = std::holds_alternative<std::string>(step) ? member(std::get<std::string>(step), second)
                                                                        : element(std::get<std::size_t>(step));
       if (at == npos) break;
       found = pos_ = at;
@@ -431,22 +435,31 @@ class Locator {
       } else if (c == '\0') {
         return;
       } else {
+        // A word (number, literal), or a stray character such as a lone '/': the text
+        // behind a repeated key has not been read by the parser and may be anything.
+        const std::size_t start = pos_;
         while (pos_ < t_.size() && std::string_view(",:]} \t\r\n/").find(t_[pos_]) == npos) ++pos_;
+        if (pos_ == start) ++pos_;
       }
     } while (depth > 0 && pos_ < t_.size());
   }
 
-  // Position of the value of `key` in the object at pos_ (the last one, as the parser keeps it).
-  std::size_t member(const std::string& key) {
+  // Position of the value of `key` in the object at pos_: the last one, as the parser keeps
+  // it, or the second one when `second`.
+  std::size_t member(const std::string& key, bool second = false) {
     if (at() != '{') return npos;
     ++pos_;
     std::size_t found = npos;
+    int seen = 0;
     for (skipBlank(); at() == '"'; skipBlank()) {
       const std::string name = readString();
       skipBlank();
       if (at() == ':') ++pos_;
       skipBlank();
-      if (name == key) found = pos_;
+      if (name == key && !(second && seen == 2)) {
+        found = pos_;
+        ++seen;
+      }
       skipValue();
       skipBlank();
       if (at() == ',') ++pos_;
@@ -592,7 +605,7 @@ ParseOutcome parseField(std::string_view text, std::string_view sourceName) {
   CheckedReader reader(root);
   if (!Json::sax_parse(text.begin(), text.end(), &reader, nlohmann::detail::input_format_t::json, true, true)) {
     if (const auto& path = reader.repeated()) {
-      out.error = located(sourceName, text, Locator(text).find(*path),
+      out.error = located(sourceName, text, Locator(text).find(*path, true),
                           pathText(*path) + ": the key \"" + std::get<std::string>(path->back()) +
                               "\" is given twice in one object");
     } else {

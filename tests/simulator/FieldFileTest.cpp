@@ -235,6 +235,12 @@ TEST(FieldFile, KeyGivenTwiceIsRefusedAtItsSecondValue) {
   EXPECT_EQ(refusal(R"({"tags": [{"type": "felica", "idm": "0102030405060708", "pmm": "1112131415161718"},
                      {"type": "felica", "type": "felica"}]})"),
             "f.json: line 2, column 49: tags[1].type: the key \"type\" is given twice in one object");
+  // Given three times: the place is that of the second.
+  EXPECT_EQ(refusal(R"({"antenna": {"detectLevel": 1, "detectLevel": 2, "detectLevel": 3}})"),
+            "f.json: line 1, column 47: antenna.detectLevel: the key \"detectLevel\" is given twice in one object");
+  // The parser stops at the repetition: what follows may be broken, even a lone '/'.
+  EXPECT_EQ(refusal("{\"board\": {\"present\": true, \"present\": false, \"x\": [1 / 2, {]"),
+            "f.json: line 1, column 40: board.present: the key \"present\" is given twice in one object");
   // The same key in two objects is no repetition.
   EXPECT_EQ(sim::parseField(R"({"board": {"present": true}, "antenna": {"present": 1}})", "f.json").error.substr(0, 36),
             "f.json: line 1, column 53: antenna.p");

@@ -4,6 +4,7 @@
 #include <QColorDialog>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPointer>
 
 namespace {
 Dialogs*& current() {
@@ -27,24 +28,39 @@ QString qtFilter(const QString& filter) {
   return out.join(";;");
 }
 
+// Every dialog lives on the heap and is watched: a dialog is a child of its parent window,
+// and a window closed while the dialog waits deletes its children. A dialog on the stack
+// would then be freed twice; a watched one is simply gone, and counts as cancelled.
+template <typename D>
+struct OwnedDialog {
+  QPointer<D> dialog;
+  explicit OwnedDialog(D* d) : dialog(d) {}
+  ~OwnedDialog() { delete dialog.data(); }
+  OwnedDialog(const OwnedDialog&) = delete;
+  OwnedDialog& operator=(const OwnedDialog&) = delete;
+  // Runs the dialog; true when it was accepted and still exists.
+  bool accepted() { return dialog->exec() == QDialog::Accepted && dialog; }
+};
+
 void QtDialogs::message(QWidget* parent, const QString& text, const QString& title, MessageIcon icon) {
   const auto qtIcon = icon == MessageIcon::Stop          ? QMessageBox::Critical
                       : icon == MessageIcon::Exclamation ? QMessageBox::Warning
                                                          : QMessageBox::Information;
-  QMessageBox box(qtIcon, title, text, QMessageBox::Ok, parent);
-  box.exec();
+  OwnedDialog box(new QMessageBox(qtIcon, title, text, QMessageBox::Ok, parent));
+  box.accepted();
 }
 
 // One file dialog shape for loading and saving, with the program's options: no
 // read-only box, ask before overwriting, the file must exist to be opened.
 static QString runFileDialog(QWidget* parent, const QString& directory, const QString& filter, bool save) {
-  QFileDialog dlgFileDialog(parent, QString(), directory, qtFilter(filter));
-  dlgFileDialog.setObjectName("dlgFileDialog");
-  dlgFileDialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
-  dlgFileDialog.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
-  dlgFileDialog.setOption(QFileDialog::ReadOnly, false);
-  if (dlgFileDialog.exec() != QDialog::Accepted || dlgFileDialog.selectedFiles().isEmpty()) return {};
-  return dlgFileDialog.selectedFiles().first();
+  OwnedDialog dlgFileDialog(new QFileDialog(parent, QString(), directory, qtFilter(filter)));
+  QFileDialog* d = dlgFileDialog.dialog;
+  d->setObjectName("dlgFileDialog");
+  d->setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+  d->setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+  d->setOption(QFileDialog::ReadOnly, false);
+  if (!dlgFileDialog.accepted() || dlgFileDialog.dialog->selectedFiles().isEmpty()) return {};
+  return dlgFileDialog.dialog->selectedFiles().first();
 }
 
 QString QtDialogs::saveFileName(QWidget* parent, const QString& directory, const QString& filter) {
@@ -56,10 +72,10 @@ QString QtDialogs::openFileName(QWidget* parent, const QString& directory, const
 }
 
 std::optional<QColor> QtDialogs::color(QWidget* parent, const QColor& preset) {
-  QColorDialog ColorDialog(preset, parent);
-  ColorDialog.setObjectName("ColorDialog");
-  if (ColorDialog.exec() != QDialog::Accepted || !ColorDialog.selectedColor().isValid()) return std::nullopt;
-  return ColorDialog.selectedColor();
+  OwnedDialog ColorDialog(new QColorDialog(preset, parent));
+  ColorDialog.dialog->setObjectName("ColorDialog");
+  if (!ColorDialog.accepted() || !ColorDialog.dialog->selectedColor().isValid()) return std::nullopt;
+  return ColorDialog.dialog->selectedColor();
 }
 
 void QtDialogs::beep() { QApplication::beep(); }

@@ -1,5 +1,7 @@
 #include "shell/ui/Panel.h"
 
+#include <array>
+
 #include <QApplication>
 #include <QCloseEvent>
 #include <QElapsedTimer>
@@ -86,14 +88,30 @@ void yieldEvents(int turns) {
   if (pacer) --pacer->yielding;
 }
 
+namespace {
+// The panel of each kind that opened last: only it clears the kind's open flag, so that a
+// panel closed under a running handler, and destroyed only when the handler returns, does
+// not clear the flag of the fresh panel that replaced it meanwhile.
+Panel*& latestOf(glob::PanelId id) {
+  static std::array<Panel*, static_cast<std::size_t>(glob::PanelId::Count)> latest{};
+  return latest[static_cast<std::size_t>(id)];
+}
+}  // namespace
+
 Panel::Panel(glob::PanelId id, const QString& name, QWidget* parent) : QWidget(parent), id_(id) {
   setObjectName(name);
   glob::panelOpen(id_) = true;
+  latestOf(id_) = this;
 }
 
 Panel::~Panel() {
   log_.setSink(nullptr, nullptr);
-  glob::panelOpen(id_) = false;
+  markClosed();
+  if (latestOf(id_) == this) latestOf(id_) = nullptr;
+}
+
+void Panel::markClosed() {
+  if (latestOf(id_) == this) glob::panelOpen(id_) = false;
 }
 
 Panel::HandlerScope::HandlerScope(Panel* p) : panel_(p), observe_(&p->capture_) { ++panel_->handlersRunning_; }
@@ -142,13 +160,17 @@ void Panel::cmdClearLog_Click() {
   capture_.clear();
 }
 
+// The file dialog runs an event loop of its own, in which the panel may be closed or
+// replaced: the scope keeps it alive, only hidden, until the save is done.
 void Panel::cmdSaveLog_Click() {
+  HandlerScope scope(this);
   // The view shows the string without its carriage returns: nothing else to show, nothing to save.
-  if (!logView_ || log_.text().find_first_not_of('\r') == std::string::npos) return;
+  if (!logView_ || log_.text().find_first_not_of('') == std::string::npos) return;
   saveTextAs(this, log_.text());
 }
 
-void saveTextAs(QWidget* parent, const std::string& text) {
+// `text` is a copy: the window it came from may go while the dialog is up.
+void saveTextAs(QWidget* parent, std::string text) {
   if (text.empty()) return;
   QApplication::setOverrideCursor(Qt::WaitCursor);
   auto& g = glob::state();
@@ -179,13 +201,13 @@ void Panel::closeEvent(QCloseEvent* event) {
     else hide();
     return;
   }
-  glob::panelOpen(id_) = false;
+  markClosed();
   event->accept();
 }
 
 void Panel::finishClose() {
   deferredClose_ = false;
-  glob::panelOpen(id_) = false;
+  markClosed();
   if (auto* sub = qobject_cast<QMdiSubWindow*>(parentWidget())) sub->deleteLater();
   else deleteLater();
 }

@@ -69,6 +69,8 @@ class Panel : public QWidget {
 
  private:
   void finishClose();
+  // Clears the kind's open flag, unless a newer panel of the kind holds it.
+  void markClosed();
   glob::PanelId id_;
   reader::TraceLog log_;
   reader::ExchangeRecorder capture_;
@@ -80,4 +82,4 @@ class Panel : public QWidget {
 
 // Saves a text through the save dialog into a file of the user's choice, keeping the
 // last-used directory: the shape of Save Log and of the other Save buttons.
-void saveTextAs(QWidget* parent, const std::string& text);
+void saveTextAs(QWidget* parent, std::string text);
