@@ -165,8 +165,7 @@ void Panel::cmdClearLog_Click() {
 void Panel::cmdSaveLog_Click() {
   HandlerScope scope(this);
   // The view shows the string without its carriage returns: nothing else to show, nothing to save.
-  if (!logView_ || log_.text().find_first_not_of('
-') == std::string::npos) return;
+  if (!logView_ || log_.text().find_first_not_of('\r') == std::string::npos) return;
   saveTextAs(this, log_.text());
 }
 
