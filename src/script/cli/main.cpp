@@ -14,6 +14,7 @@
 #include "reader/TraceLog.h"
 #include "script/ScriptInterpreter.h"
 #include "shell/GlobVariables.h"
+#include "shell/ProgramInfo.h"
 
 namespace {
 
@@ -26,6 +27,7 @@ constexpr const char* kUsage =
     "  --loop N   run the script N times, as LOOP ON SCRIPT with the number N does;\n"
     "             0 runs it until the process is stopped\n"
     "  --help     show this text\n"
+    "  --version  show the version\n"
     "\n"
     "The driver library is the file named by TL42RQ_DRIVER, else libTL42RQ.so beside this\n"
     "program. With TL42RQ_TRACE_TIME=\"MM-DD-YYYY HH:MM:SS\" every entry carries that date\n"
@@ -56,9 +58,21 @@ bool parseTraceTime(const char* text, reader::DateTime& t) {
          t.minute <= 59 && t.second <= 59 && t.hour >= 0 && t.minute >= 0 && t.second >= 0;
 }
 
+// --version anywhere before "--" prints the version and ends the run.
+bool printVersionIfAsked(int argc, char** argv) {
+  for (int i = 1; i < argc && std::strcmp(argv[i], "--") != 0; ++i) {
+    if (std::strcmp(argv[i], "--version") == 0) {
+      std::fputs(shell::versionText("tl42rq-script").c_str(), stdout);
+      return true;
+    }
+  }
+  return false;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (printVersionIfAsked(argc, argv)) return 0;
   QCoreApplication app(argc, argv);
 
   std::string loopPasses;
