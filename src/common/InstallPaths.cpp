@@ -1,14 +1,9 @@
 #include "common/InstallPaths.h"
 
-// The build passes the installed layout in; these defaults are the layout it installs.
-#ifndef TL42RQ_BIN_TO_LIBDIR
-#define TL42RQ_BIN_TO_LIBDIR "../lib/tl42rq"
-#endif
-#ifndef TL42RQ_BIN_TO_DATADIR
-#define TL42RQ_BIN_TO_DATADIR "../share/tl42rq"
-#endif
-#ifndef TL42RQ_LIB_TO_DATADIR
-#define TL42RQ_LIB_TO_DATADIR "../../share/tl42rq"
+// The build passes the installed layout in (TL42RQ_INSTALL_LIBDIR and
+// TL42RQ_INSTALL_DATADIR, relative to bin and to each other).
+#if !defined(TL42RQ_BIN_TO_LIBDIR) || !defined(TL42RQ_BIN_TO_DATADIR) || !defined(TL42RQ_LIB_TO_DATADIR)
+#error "TL42RQ_BIN_TO_LIBDIR, TL42RQ_BIN_TO_DATADIR and TL42RQ_LIB_TO_DATADIR come from the build"
 #endif
 
 namespace install {
