@@ -1,5 +1,7 @@
 #include "common/InstallPaths.h"
 
+#include <filesystem>
+
 // The build passes the installed layout in (TL42RQ_INSTALL_LIBDIR and
 // TL42RQ_INSTALL_DATADIR, relative to bin and to each other).
 #if !defined(TL42RQ_BIN_TO_LIBDIR) || !defined(TL42RQ_BIN_TO_DATADIR) || !defined(TL42RQ_LIB_TO_DATADIR)
@@ -21,6 +23,14 @@ const std::string& libToDataDir() {
   return dir;
 }
 
+namespace {
+// dir + relative, with "a/../" folded away (on the text only), so that messages and the
+// status bar name /usr/lib/... rather than /usr/bin/../lib/....
+std::string folded(const std::string& dir, const std::string& relative) {
+  return withSlash(std::filesystem::path(dir + relative).lexically_normal().string());
+}
+}  // namespace
+
 std::string withSlash(const std::string& dir) {
   if (dir.empty()) return dir;
   std::size_t end = dir.size();
@@ -38,19 +48,19 @@ std::vector<std::string> driverPlaces(const std::string& programDir) {
   // A relative installed place means nothing without the program's own directory.
   if (programDir.empty()) return {kDriverFile};
   const std::string dir = withSlash(programDir);
-  return {dir + kDriverFile, dir + binToLibDir() + kDriverFile};
+  return {dir + kDriverFile, folded(dir, binToLibDir()) + kDriverFile};
 }
 
 std::vector<std::string> productFilePlaces(const std::string& programDir) {
   if (programDir.empty()) return {kProductFile};
   const std::string dir = withSlash(programDir);
-  return {dir + kProductFile, dir + binToDataDir() + kProductFile};
+  return {dir + kProductFile, folded(dir, binToDataDir()) + kProductFile};
 }
 
 std::vector<std::string> usageFilePlaces(const std::string& programDir, const std::string& userConfigDir) {
   const std::string dir = withSlash(programDir);
   if (userConfigDir.empty()) return {dir + kUsageFile};
-  return {dir + kUsageFile, withSlash(userConfigDir) + kUsageFile, dir + binToDataDir() + kUsageFile};
+  return {dir + kUsageFile, withSlash(userConfigDir) + kUsageFile, folded(dir, binToDataDir()) + kUsageFile};
 }
 
 std::string usageFileToWrite(const std::string& programDir, const std::string& userConfigDir,
@@ -64,7 +74,7 @@ std::vector<std::string> fieldFilePlaces(const std::string& libraryDir, const st
   const std::string dir = withSlash(libraryDir);
   std::vector<std::string> places{dir + kFieldFile};
   if (!userConfigDir.empty()) places.push_back(withSlash(userConfigDir) + kFieldFile);
-  places.push_back(dir + libToDataDir() + kFieldFile);
+  places.push_back(folded(dir, libToDataDir()) + kFieldFile);
   return places;
 }
 

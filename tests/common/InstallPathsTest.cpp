@@ -33,20 +33,20 @@ TEST(InstallPaths, WithSlashEndsInExactlyOneSeparator) {
 
 TEST(InstallPaths, DriverBesideTheProgramThenInThePrivateLibraryFolder) {
   EXPECT_EQ(install::driverPlaces("/usr/bin"),
-            (Places{"/usr/bin/libTL42RQ.so", "/usr/bin/" + install::binToLibDir() + "libTL42RQ.so"}));
+            (Places{"/usr/bin/libTL42RQ.so", "/usr/" TL42RQ_INSTALL_LIBDIR "/libTL42RQ.so"}));
   EXPECT_EQ(install::driverPlaces(""), (Places{"libTL42RQ.so"}));
 }
 
 TEST(InstallPaths, ProductFileBesideTheProgramThenInTheDataFolder) {
   EXPECT_EQ(install::productFilePlaces("/opt/t/bin/"),
-            (Places{"/opt/t/bin/TL42RQ_products.ini", "/opt/t/bin/" + install::binToDataDir() + "TL42RQ_products.ini"}));
+            (Places{"/opt/t/bin/TL42RQ_products.ini", "/opt/t/" TL42RQ_INSTALL_DATADIR "/TL42RQ_products.ini"}));
   EXPECT_EQ(install::productFilePlaces(""), (Places{"TL42RQ_products.ini"}));
 }
 
 TEST(InstallPaths, UsageFileBesideTheProgramThenTheUsersThenTheInstalledDefault) {
   EXPECT_EQ(install::usageFilePlaces("/usr/bin/", "/home/me/.config/tl42rq"),
             (Places{"/usr/bin/usageTL42RQsoftware.dat", "/home/me/.config/tl42rq/usageTL42RQsoftware.dat",
-                    "/usr/bin/" + install::binToDataDir() + "usageTL42RQsoftware.dat"}));
+                    "/usr/" TL42RQ_INSTALL_DATADIR "/usageTL42RQsoftware.dat"}));
 }
 
 TEST(InstallPaths, UsageFileWithoutAUserFolderOnlyBesideTheProgram) {
@@ -66,9 +66,9 @@ TEST(InstallPaths, FieldFileBesideTheLibraryThenTheUsersThenTheInstalledDefault)
   const std::string lib = "/usr/" TL42RQ_INSTALL_LIBDIR "/";
   EXPECT_EQ(install::fieldFilePlaces(lib, "/home/me/.config/tl42rq/"),
             (Places{lib + "TL42RQ_field.json", "/home/me/.config/tl42rq/TL42RQ_field.json",
-                    lib + install::libToDataDir() + "TL42RQ_field.json"}));
+                    "/usr/" TL42RQ_INSTALL_DATADIR "/TL42RQ_field.json"}));
   EXPECT_EQ(install::fieldFilePlaces(lib, ""),
-            (Places{lib + "TL42RQ_field.json", lib + install::libToDataDir() + "TL42RQ_field.json"}));
+            (Places{lib + "TL42RQ_field.json", "/usr/" TL42RQ_INSTALL_DATADIR "/TL42RQ_field.json"}));
 }
 
 TEST(InstallPaths, UserFolderFromXdgConfigHomeElseHomeDotConfig) {

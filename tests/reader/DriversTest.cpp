@@ -96,7 +96,7 @@ TEST(DefaultLibraryPath, InstalledLibraryWhenNoneLiesBesideTheProgram) {
   ScopedEnv env("TL42RQ_DRIVER", nullptr);
   const auto root = std::filesystem::temp_directory_path() / ("tl42rq_driver_" + std::to_string(::getpid()));
   const std::string bin = (root / "bin").string() + "/";
-  const std::string installed = bin + install::binToLibDir() + install::kDriverFile;
+  const std::string installed = (root / TL42RQ_INSTALL_LIBDIR / install::kDriverFile).string();
   std::filesystem::create_directories(root / "bin");
   std::filesystem::create_directories(std::filesystem::path(installed).parent_path());
   std::ofstream(installed) << "";

@@ -95,7 +95,7 @@ TEST_F(InstalledFilesTest, UsageBesideTheProgramWinsForReadAndWrite) {
 TEST_F(InstalledFilesTest, ProductFileFromTheDataFolderWhenNoneBesideTheProgram) {
   EXPECT_EQ(shell::productFilePath(), bin_ + install::kProductFile);
   write(data_ / install::kProductFile, "x");
-  EXPECT_EQ(shell::productFilePath(), bin_ + install::binToDataDir() + install::kProductFile);
+  EXPECT_EQ(shell::productFilePath(), (data_ / install::kProductFile).string());
   write(bin_ + install::kProductFile, "x");
   EXPECT_EQ(shell::productFilePath(), bin_ + install::kProductFile);
 }
