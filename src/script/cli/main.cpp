@@ -30,8 +30,9 @@ constexpr const char* kUsage =
     "  --version  show the version\n"
     "\n"
     "The driver library is the file named by TL42RQ_DRIVER, else libTL42RQ.so beside this\n"
-    "program. With TL42RQ_TRACE_TIME=\"MM-DD-YYYY HH:MM:SS\" every entry carries that date\n"
-    "and time instead of the clock's, so that the logs of two runs compare byte for byte.\n"
+    "program, else the one installed with it. With TL42RQ_TRACE_TIME=\"MM-DD-YYYY HH:MM:SS\"\n"
+    "every entry carries that date and time instead of the clock's, so that the logs of\n"
+    "two runs compare byte for byte.\n"
     "\n"
     "Exit status: 0 the script ran to its end; 1 a script error ended it (the error entry\n"
     "is the last thing printed); 2 the file could not be read or an argument is wrong.\n";
