@@ -79,9 +79,10 @@ void readUsageFile() {
 void writeUsageFile(const std::string& directory, const std::string& colour) {
   if (!readUsageText()) return;
   const std::string path = install::usageFileToWrite(programDirectory(), userConfigDirectory(), fileExists);
-  // Installed, the user's own file starts as a copy of the default the package ships.
+  // Installed, the first write makes the user's own file (and its folder); the default the
+  // package ships stays as it is.
   std::error_code ec;
-  if (!userConfigDirectory().empty()) std::filesystem::create_directories(userConfigDirectory(), ec);
+  std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ec);
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   if (out) out << usageLine(directory, colour);
 }

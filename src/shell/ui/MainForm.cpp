@@ -17,11 +17,11 @@
 #include "reader/HexText.h"
 #include "shell/Product.h"
 #include "shell/UsageFile.h"
+#include "shell/ui/DetectionReport.h"
 #include "shell/ui/Dialogs.h"
 #include "shell/ui/Panel.h"
 #include "shell/ui/PanelFactory.h"
 #include "shell/ui/frmTL42RQ_Detection.h"
-#include "shell/ui/DetectionReport.h"
 
 namespace {
 MainForm* theMainForm = nullptr;
