@@ -3,9 +3,10 @@
 # build), unpacks the .deb into a temporary folder with dpkg-deb -x, and from there runs
 # tl42rq-script --version, a script on the installed simulated board, and the program
 # offscreen until its detection splash reports the board; then lintian must find no error.
-# Usage: deb_test.sh BUILD_DIR      Exit 77 (skipped) only when dpkg-deb is missing.
+# Usage: deb_test.sh BUILD_DIR VERSION    Exit 77 (skipped) only when dpkg-deb is missing.
 set -euo pipefail
 build=$(cd "$1" && pwd)
+project_version=$2
 
 if ! command -v dpkg-deb >/dev/null; then
   echo "SKIPPED: dpkg-deb is not installed, no Debian package can be built or unpacked"
@@ -39,9 +40,18 @@ mkdir -p "$HOME"
 unset TL42RQ_DRIVER TL42RQ_FIELD XDG_CONFIG_HOME DISPLAY WAYLAND_DISPLAY
 export ASAN_OPTIONS=${ASAN_OPTIONS:+$ASAN_OPTIONS:}detect_leaks=0
 
+# --- the files a Debian program carries -------------------------------------------------------
+for f in bin/tl42rq bin/tl42rq-script share/tl42rq/TL42RQ_products.ini share/tl42rq/TL42RQ_field.json \
+  share/tl42rq/usageTL42RQsoftware.dat share/applications/tl42rq.desktop \
+  share/icons/hicolor/scalable/apps/tl42rq.svg share/man/man1/tl42rq.1.gz share/man/man1/tl42rq-script.1.gz \
+  share/doc/tl42rq/copyright share/doc/tl42rq/changelog.Debian.gz; do
+  [[ -f $root/$f ]] || fail "the package lacks /usr/$f"
+done
+grep -qx 'Categories=Development;Electronics;' "$root/share/applications/tl42rq.desktop" || fail "menu category"
+
 # --- tl42rq-script --version ------------------------------------------------------------
 version=$("$root/bin/tl42rq-script" --version)
-[[ $version == "tl42rq-script (TL42RQ Development Software) "[0-9]*.[0-9]*.[0-9]* ]] ||
+[[ $version == "tl42rq-script (TL42RQ Development Software) $project_version" ]] ||
   fail "tl42rq-script --version printed '$version'"
 echo "$version"
 
@@ -81,7 +91,7 @@ rm -r "$HOME/.config/tl42rq"
 echo "user's field file: used"
 
 # --- the program offscreen, until the detection splash reports the simulated board -------
-"$root/bin/tl42rq" --version | grep -qx "tl42rq (TL42RQ Development Software) $(sed 's/.*) //' <<<"$version")" ||
+[[ $("$root/bin/tl42rq" --version) == "tl42rq (TL42RQ Development Software) $project_version" ]] ||
   fail "tl42rq --version"
 QT_QPA_PLATFORM=offscreen TL42RQ_REPORT_DETECTION=1 timeout 120 "$root/bin/tl42rq" >"$tmp/detect.txt" 2>"$tmp/detect.err" ||
   { cat "$tmp/detect.txt" "$tmp/detect.err"; fail "tl42rq ended with $?"; }
