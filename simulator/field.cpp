@@ -8,11 +8,11 @@
 #include <fstream>
 #include <iterator>
 
+#include "common/InstallPaths.h"
+
 namespace sim {
 
 namespace {
-constexpr const char* kFieldFileName = "TL42RQ_field.json";
-
 std::string baseName(const std::string& path) {
   const std::size_t slash = path.rfind('/');
   return slash == std::string::npos ? path : path.substr(slash + 1);
@@ -21,14 +21,23 @@ std::string baseName(const std::string& path) {
 
 std::string defaultFieldPath() {
   if (const char* named = std::getenv("TL42RQ_FIELD"); named && *named) return named;
-  // The library's own file, found through the address of one of its functions.
+  // The library's own folder, found through the address of one of its functions: in the
+  // build tree the field file lies beside it; installed, the user's own file comes first,
+  // then the one the package ships.
   Dl_info info{};
   if (dladdr(reinterpret_cast<void*>(&defaultFieldPath), &info) && info.dli_fname) {
     const std::string library = info.dli_fname;
     const std::size_t slash = library.rfind('/');
-    if (slash != std::string::npos) return library.substr(0, slash + 1) + kFieldFileName;
+    if (slash != std::string::npos) {
+      const auto places = install::fieldFilePlaces(
+          library.substr(0, slash + 1), install::userConfigDirectory(std::getenv("XDG_CONFIG_HOME"), std::getenv("HOME")));
+      return install::firstExisting(places, [](const std::string& p) {
+        struct stat st {};
+        return ::stat(p.c_str(), &st) == 0;
+      });
+    }
   }
-  return kFieldFileName;
+  return install::kFieldFile;
 }
 
 Field::Stamp Field::stampOf(const std::string& path) {

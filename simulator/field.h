@@ -13,7 +13,9 @@
 
 namespace sim {
 
-// TL42RQ_field.json beside the library, or the file that TL42RQ_FIELD names.
+// The file that TL42RQ_FIELD names, else the first of the places install::fieldFilePlaces
+// lists that exists: TL42RQ_field.json beside the library, in the user's configuration
+// folder, in the installed data folder.
 std::string defaultFieldPath();
 
 class Field {

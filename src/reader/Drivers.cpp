@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "common/InstallPaths.h"
+
 namespace reader {
 
 namespace {
@@ -29,13 +31,8 @@ void setDriver(ReaderDriver* d) { currentDriver() = d; }
 
 std::string defaultLibraryPath(const std::string& programDirectory) {
   if (const char* env = std::getenv("TL42RQ_DRIVER"); env && *env) return env;
-  const std::string dir =
-      programDirectory.empty() || programDirectory.back() == '/' ? programDirectory : programDirectory + "/";
-#ifdef _WIN32
-  return dir + "TL42RQ.dll";
-#else
-  return dir + "libTL42RQ.so";
-#endif
+  return install::firstExisting(install::driverPlaces(programDirectory),
+                                [](const std::string& p) { return QFileInfo::exists(QString::fromStdString(p)); });
 }
 
 LibraryDriver::~LibraryDriver() = default;

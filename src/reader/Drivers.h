@@ -47,7 +47,8 @@ class LibraryDriver final : public ReaderDriver {
 };
 
 // Where the program looks for the board's library: the file named by TL42RQ_DRIVER,
-// else the library beside the program.
+// else the library beside the program, else the one in the installed private library
+// folder (install::driverPlaces); the one beside the program when neither exists.
 std::string defaultLibraryPath(const std::string& programDirectory);
 
 // Records every call and plays canned answers, in order per operation, or through a

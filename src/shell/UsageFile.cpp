@@ -1,9 +1,11 @@
 #include "shell/UsageFile.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
+#include "common/InstallPaths.h"
 #include "shell/FieldReader.h"
 #include "shell/GlobVariables.h"
 
@@ -14,13 +16,27 @@ std::string& programDirectorySlot() {
   static std::string dir = "./";
   return dir;
 }
-std::string usagePath() { return programDirectory() + kUsageFileName; }
+std::string& userConfigDirectorySlot() {
+  static std::string dir;
+  return dir;
+}
+bool fileExists(const std::string& path) {
+  std::error_code ec;
+  return std::filesystem::exists(path, ec);
+}
 }  // namespace
 
 const std::string& programDirectory() { return programDirectorySlot(); }
 void setProgramDirectory(std::string dir) {
   if (!dir.empty() && dir.back() != '/') dir += '/';
   programDirectorySlot() = std::move(dir);
+  userConfigDirectorySlot().clear();
+}
+const std::string& userConfigDirectory() { return userConfigDirectorySlot(); }
+void setUserConfigDirectory(std::string dir) { userConfigDirectorySlot() = install::withSlash(dir); }
+
+std::string productFilePath() {
+  return install::firstExisting(install::productFilePlaces(programDirectory()), fileExists);
 }
 
 std::optional<UsagePreferences> parseUsageText(const std::string& text) {
@@ -43,8 +59,15 @@ static std::optional<std::string> readWhole(const std::string& path) {
   return s.str();
 }
 
+// The first usage file that can be read, in the order of install::usageFilePlaces.
+static std::optional<std::string> readUsageText() {
+  for (const std::string& path : install::usageFilePlaces(programDirectory(), userConfigDirectory()))
+    if (auto text = readWhole(path)) return text;
+  return std::nullopt;
+}
+
 void readUsageFile() {
-  const auto text = readWhole(usagePath());
+  const auto text = readUsageText();
   if (!text) return;
   const auto prefs = parseUsageText(*text);
   if (!prefs) return;
@@ -54,8 +77,13 @@ void readUsageFile() {
 }
 
 void writeUsageFile(const std::string& directory, const std::string& colour) {
-  if (!readWhole(usagePath())) return;
-  std::ofstream out(usagePath(), std::ios::binary | std::ios::trunc);
+  if (!readUsageText()) return;
+  const std::string path = install::usageFileToWrite(programDirectory(), userConfigDirectory(), fileExists);
+  // Installed, the first write makes the user's own file (and its folder); the default the
+  // package ships stays as it is.
+  std::error_code ec;
+  std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ec);
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
   if (out) out << usageLine(directory, colour);
 }
 

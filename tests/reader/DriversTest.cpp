@@ -5,31 +5,16 @@
 #include <fstream>
 #include <string>
 
+#include <unistd.h>
+
+#include "common/InstallPaths.h"
 #include "reader/Drivers.h"
 #include "reader/Exchange.h"
+#include "support/ScopedEnv.h"
 
 namespace {
 
 using reader::Op;
-
-// Sets an environment variable for the life of the object and restores it after.
-class ScopedEnv {
- public:
-  ScopedEnv(const char* name, const char* value) : name_(name) {
-    if (const char* old = std::getenv(name)) old_ = old, had_ = true;
-    if (value) ::setenv(name, value, 1);
-    else ::unsetenv(name);
-  }
-  ~ScopedEnv() {
-    if (had_) ::setenv(name_, old_.c_str(), 1);
-    else ::unsetenv(name_);
-  }
-
- private:
-  const char* name_;
-  std::string old_;
-  bool had_ = false;
-};
 
 TEST(MissingDriver, AnswersStatusFiveAndAnEmptyTextForEveryOperation) {
   reader::MissingDriver d("driver /x/libTL42RQ.so not loaded: file not found");
@@ -105,6 +90,20 @@ TEST(DefaultLibraryPath, WithoutTheVariableTheLibraryBesideTheProgram) {
   EXPECT_EQ(reader::defaultLibraryPath("/usr/lib/tl42rq/"), "/usr/lib/tl42rq/libTL42RQ.so");
   EXPECT_EQ(reader::defaultLibraryPath("/usr/lib/tl42rq"), "/usr/lib/tl42rq/libTL42RQ.so");
   EXPECT_EQ(reader::defaultLibraryPath(""), "libTL42RQ.so");
+}
+
+TEST(DefaultLibraryPath, InstalledLibraryWhenNoneLiesBesideTheProgram) {
+  ScopedEnv env("TL42RQ_DRIVER", nullptr);
+  const auto root = std::filesystem::temp_directory_path() / ("tl42rq_driver_" + std::to_string(::getpid()));
+  const std::string bin = (root / "bin").string() + "/";
+  const std::string installed = (root / TL42RQ_INSTALL_LIBDIR / install::kDriverFile).string();
+  std::filesystem::create_directories(root / "bin");
+  std::filesystem::create_directories(std::filesystem::path(installed).parent_path());
+  std::ofstream(installed) << "";
+  EXPECT_EQ(reader::defaultLibraryPath(bin), installed);
+  std::ofstream(bin + install::kDriverFile) << "";
+  EXPECT_EQ(reader::defaultLibraryPath(bin), bin + install::kDriverFile);
+  std::filesystem::remove_all(root);
 }
 
 TEST(DefaultLibraryPath, EmptyVariableCountsAsUnset) {

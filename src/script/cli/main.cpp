@@ -19,6 +19,7 @@
 #include "script/cli/LogCompare.h"
 #include "script/cli/RunnerOptions.h"
 #include "shell/GlobVariables.h"
+#include "shell/ProgramInfo.h"
 
 namespace {
 
@@ -38,10 +39,12 @@ constexpr const char* kUsage =
     "                    differ, a unified diff of the first differences (at most 40 lines)\n"
     "                    goes to standard output\n"
     "  --help            show this text\n"
+    "  --version         show the version\n"
     "\n"
     "The driver library is the file named by TL42RQ_DRIVER, else libTL42RQ.so beside this\n"
-    "program. With TL42RQ_TRACE_TIME=\"MM-DD-YYYY HH:MM:SS\" every entry carries that date\n"
-    "and time instead of the clock's, so that the logs of two runs compare byte for byte.\n"
+    "program, else the one installed with it. With TL42RQ_TRACE_TIME=\"MM-DD-YYYY HH:MM:SS\"\n"
+    "every entry carries that date and time instead of the clock's, so that the logs of\n"
+    "two runs compare byte for byte.\n"
     "\n"
     "Exit status: 0 the script ran to its end; 1 a script error ended it (the error entry\n"
     "is the last thing printed); 2 the file could not be read or an argument is wrong.\n"
@@ -79,9 +82,21 @@ bool readWhole(const std::string& path, std::string& text) {
   return true;
 }
 
+// --version anywhere before "--" prints the version and ends the run.
+bool printVersionIfAsked(int argc, char** argv) {
+  for (int i = 1; i < argc && std::strcmp(argv[i], "--") != 0; ++i) {
+    if (std::strcmp(argv[i], "--version") == 0) {
+      std::fputs(shell::versionText("tl42rq-script").c_str(), stdout);
+      return true;
+    }
+  }
+  return false;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (printVersionIfAsked(argc, argv)) return 0;
   QCoreApplication app(argc, argv);
 
   const script::ParsedArguments parsed = script::parseRunnerArguments(std::vector<std::string>(argv + 1, argv + argc));

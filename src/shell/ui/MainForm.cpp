@@ -9,6 +9,7 @@
 #include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QScreen>
+#include <QStandardPaths>
 #include <QStatusBar>
 #include <cstdlib>
 #include <memory>
@@ -18,6 +19,7 @@
 #include "reader/HexText.h"
 #include "shell/Product.h"
 #include "shell/UsageFile.h"
+#include "shell/ui/DetectionReport.h"
 #include "shell/ui/Dialogs.h"
 #include "shell/ui/Panel.h"
 #include "shell/ui/PanelFactory.h"
@@ -245,7 +247,7 @@ Panel* MainForm::openPanel(PanelId id) {
 
 void MainForm::openProduct(const QString& caption) {
   const std::string reference = shell::referenceOfCaption(caption.toStdString());
-  QFile file(QString::fromStdString(shell::programDirectory() + shell::kProductFileName));
+  QFile file(QString::fromStdString(shell::productFilePath()));
   if (!file.open(QIODevice::ReadOnly)) {
     dialogs().message(this, "File 'TL42RQ_products.ini' is missing", "DEMO-TL42RQ-A", MessageIcon::Stop);
     return;
@@ -293,11 +295,16 @@ void MainForm::closeEvent(QCloseEvent* event) {
 
 int runProgram(QApplication& app) {
   shell::setProgramDirectory(QCoreApplication::applicationDirPath().toStdString());
+  // Installed, the user's preferences live in the user's configuration folder.
+  const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+  if (!config.isEmpty()) shell::setUserConfigDirectory(config.toStdString() + "/tl42rq/");
   std::unique_ptr<reader::ReaderDriver> driver =
       reader::LibraryDriver::load(reader::defaultLibraryPath(shell::programDirectory()));
   reader::setDriver(driver.get());
   MainForm form;
   form.load();
+  if (const char* report = std::getenv("TL42RQ_REPORT_DETECTION"); report && *report && form.detection())
+    reportDetectionAndQuit(form, *form.detection());
   form.show();
   const int code = app.exec();
   reader::setDriver(nullptr);
