@@ -7,9 +7,7 @@
 #include <QtTest>
 
 #include "console/ui/frmTL42RQ_UserInterface.h"
-#include "reader/Drivers.h"
-#include "shell/ui/Dialogs.h"
-#include "support/UiTestSupport.h"
+#include "support/OnBoard.h"
 
 namespace {
 
@@ -38,12 +36,10 @@ QStringList explained(QObject* root, const QString& suffix) {
 
 class ConsoleOwnAnswerTest : public QObject {
   Q_OBJECT
-  ScriptedDialogs dialogs_;
-  std::unique_ptr<uitest::SimulatedBoard> board_;
-  std::unique_ptr<frmTL42RQ_UserInterface> panel_;
+  std::unique_ptr<uitest::OnBoard<frmTL42RQ_UserInterface>> f_;
 
   std::function<void()> boardLost() {
-    return [this] { QCOMPARE(board_->setBoardPresent(false), 0); };
+    return [this] { f_->boardLost(); };
   }
   // Runs `command` on the good board and again with the board unplugged; what the panel
   // with this suffix explained after each.
@@ -51,49 +47,38 @@ class ConsoleOwnAnswerTest : public QObject {
     QStringList good;
     QStringList after;
     uitest::goodThen(
-        panel_.get(), {}, [&] { command(); good = explained(panel_.get(), suffix); }, boardLost(),
-        [&] { command(); after = explained(panel_.get(), suffix); });
+        f_->panel.get(), {}, [&] { command(); good = explained(f_->panel.get(), suffix); }, boardLost(),
+        [&] { command(); after = explained(f_->panel.get(), suffix); });
     return {good, after};
   }
 
  private slots:
   void init() {
-    setDialogs(&dialogs_);
-    glob::state() = glob::GlobVariables();
-    board_ = std::make_unique<uitest::SimulatedBoard>();
-    QVERIFY(board_->loaded());
-    QCOMPARE(board_->loadField(uitest::fixture("field_basic.json")), 0);
-    board_->reset();
-    panel_ = std::make_unique<frmTL42RQ_UserInterface>();
-    panel_->resize(1300, 900);
-    panel_->show();
+    f_ = std::make_unique<uitest::OnBoard<frmTL42RQ_UserInterface>>(uitest::fixture("field_basic.json"));
+    f_->panel->resize(1300, 900);
   }
-  void cleanup() {
-    panel_.reset();
-    board_.reset();
-    setDialogs(nullptr);
-  }
+  void cleanup() { f_.reset(); }
 
   void idnWithTheBoardUnpluggedExplainsNothingOfTheGoodAnswer() {
-    choose(panel_.get(), " 01 : IDN ");
-    const auto [good, after] = goodThenLost("XX", [this] { click(panel_.get(), "cmdSendCommandCodeXX"); });
+    choose(f_->panel.get(), " 01 : IDN ");
+    const auto [good, after] = goodThenLost("XX", [this] { click(f_->panel.get(), "cmdSendCommandCodeXX"); });
     QCOMPARE(good.size(), 4);
     QCOMPARE(good[1], QString("00 : Result code = OK"));
     QCOMPARE(after, QStringList{"Transaction error : Check your reader connections"});
   }
 
   void protocolSelectWithTheBoardUnpluggedExplainsNothingOfTheGoodAnswer() {
-    choose(panel_.get(), " 02 : Protocol Select ");
-    click(panel_.get(), "OptProtocolCode_1");
-    const auto [good, after] = goodThenLost("02", [this] { click(panel_.get(), "cmdSendCommandCode02"); });
+    choose(f_->panel.get(), " 02 : Protocol Select ");
+    click(f_->panel.get(), "OptProtocolCode_1");
+    const auto [good, after] = goodThenLost("02", [this] { click(f_->panel.get(), "cmdSendCommandCode02"); });
     // Line 2 is shown empty when the length is under 3.
     QCOMPARE(good, (QStringList{"0000", "00 : Result code = OK", "00 : Lenght of Data (0)", ""}));
     QCOMPARE(after, QStringList{"Transaction error : 5 ()"});
   }
 
   void echoWithTheBoardUnpluggedShowsAnEmptyAnswer() {
-    const uitest::TwoRuns r = uitest::goodThen(panel_.get(), {"txtEchoAnswer"},
-                                               [this] { click(panel_.get(), "cmdEcho"); }, boardLost());
+    const uitest::TwoRuns r = uitest::goodThen(f_->panel.get(), {"txtEchoAnswer"},
+                                               [this] { click(f_->panel.get(), "cmdEcho"); }, boardLost());
     QCOMPARE(r.good, QStringList{"5500"});
     QCOMPARE(r.after, QStringList{""});
   }

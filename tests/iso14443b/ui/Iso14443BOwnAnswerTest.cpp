@@ -6,73 +6,55 @@
 #include <QtTest>
 
 #include "Iso14443BUiSupport.h"
+#include "support/OnBoard.h"
 
 using namespace iso14443btest;
 
 namespace {
-const char* kEmptyField = R"({"board": {"present": true}, "tags": []})";
 const QStringList kReqbLabels{"lblReqBanswer_FirstByte", "lblReqBanswer_Pupi", "lblReqBanswer_ApplicationData",
                               "txtAttriBrequest_Pupi"};
 }  // namespace
 
 class Iso14443BOwnAnswerTest : public QObject {
   Q_OBJECT
-  std::unique_ptr<uitest::SimulatedBoard> board_;
-  ScriptedDialogs dialogs_;
-  std::unique_ptr<frmTL42RQ_ISO14443B_UI> panel_;
+  std::unique_ptr<uitest::OnBoard<frmTL42RQ_ISO14443B_UI>> f_;
 
   void open(const std::string& reference) {
-    glob::state() = glob::GlobVariables();
-    chooseProduct(reference);
-    panel_ = std::make_unique<frmTL42RQ_ISO14443B_UI>();
-    panel_->show();
-  }
-  void click(const QString& name) {
-    QTest::mouseClick(uitest::find<QAbstractButton>(panel_.get(), name), Qt::LeftButton);
+    f_ = std::make_unique<uitest::OnBoard<frmTL42RQ_ISO14443B_UI>>(uitest::fixture("field_iso14443b.json"),
+                                                                  [&] { chooseProduct(reference); });
   }
   std::function<void()> command(const QString& name) {
-    return [this, name] { click(name); };
+    return [this, name] { f_->click(name); };
   }
   std::function<void()> tagGone() {
-    return [this] { QCOMPARE(board_->loadField(kEmptyField), 0); };
+    return [this] { f_->tagsGone(); };
   }
   std::function<void()> boardLost() {
-    return [this] { QCOMPARE(board_->setBoardPresent(false), 0); };
+    return [this] { f_->boardLost(); };
   }
 
  private slots:
-  void init() {
-    board_ = std::make_unique<uitest::SimulatedBoard>();
-    QVERIFY(board_->loaded());
-    QCOMPARE(board_->loadField(uitest::fixture("field_iso14443b.json")), 0);
-    QCOMPARE(board_->reset(), 0);
-    setDialogs(&dialogs_);
-  }
-  void cleanup() {
-    panel_.reset();
-    setDialogs(nullptr);
-    board_.reset();
-  }
+  void cleanup() { f_.reset(); }
 
   void reqbAfterTheCardLeftShowsTheBareCaptions() {
     open("ISO14443-B");
-    const uitest::TwoRuns r = uitest::goodThen(panel_.get(), kReqbLabels, command("cmd_ISO14443B_ReqB"), tagGone());
+    const uitest::TwoRuns r = uitest::goodThen(f_->panel.get(), kReqbLabels, command("cmd_ISO14443B_ReqB"), tagGone());
     QCOMPARE(r.good, (QStringList{"First Byte : 50", "Pupi : A1B2C3D4", "Application data : 11223344", "A1B2C3D4"}));
     QCOMPARE(r.after, (QStringList{"First Byte : ", "Pupi : ", "Application data : ", "00000000"}));
   }
 
   void wupbWithTheBoardUnpluggedLeavesTheLastValuesAsMeant() {
     open("ISO14443-B");
-    const uitest::TwoRuns r = uitest::goodThen(panel_.get(), kReqbLabels, command("cmd_ISO14443B_WupB"), boardLost());
+    const uitest::TwoRuns r = uitest::goodThen(f_->panel.get(), kReqbLabels, command("cmd_ISO14443B_WupB"), boardLost());
     QCOMPARE(r.good, (QStringList{"First Byte : 50", "Pupi : A1B2C3D4", "Application data : 11223344", "00000000"}));
     QCOMPARE(r.after, r.good);
-    QCOMPARE(uitest::shows(panel_.get(), "txt_ISO14443B_answer"), QString());
+    QCOMPARE(uitest::shows(f_->panel.get(), "txt_ISO14443B_answer"), QString());
   }
 
   void attribWithTheBoardUnpluggedShowsTheBareCaptions() {
     open("ISO14443-B");
-    click("cmd_ISO14443B_ReqB");
-    const uitest::TwoRuns r = uitest::goodThen(panel_.get(), {"lblAttriBanswer_MBLI_CID", "lblAttriBanswer_Crc"},
+    f_->click("cmd_ISO14443B_ReqB");
+    const uitest::TwoRuns r = uitest::goodThen(f_->panel.get(), {"lblAttriBanswer_MBLI_CID", "lblAttriBanswer_Crc"},
                                                command("cmd_ISO14443B_Attrib"), boardLost());
     QCOMPARE(r.good[0], QString("MBLI(4 bits) CID(4 bits) : 0 0"));
     QCOMPARE(r.after, (QStringList{"MBLI(4 bits) CID(4 bits) : ", "CRC : "}));
@@ -80,36 +62,36 @@ class Iso14443BOwnAnswerTest : public QObject {
 
   void getUidAfterTheTagLeftEmptiesTheUidBoxAndInitiateKeepsTheChipId() {
     open("PDX54");
-    click("cmd_ISO14443B_Initiate");
-    click("cmd_ISO14443B_Select");
+    f_->click("cmd_ISO14443B_Initiate");
+    f_->click("cmd_ISO14443B_Select");
     const uitest::TwoRuns r =
-        uitest::goodThen(panel_.get(), {"txt_ISO14443B_UID"}, command("cmd_ISO14443B_GetUID"), tagGone());
+        uitest::goodThen(f_->panel.get(), {"txt_ISO14443B_UID"}, command("cmd_ISO14443B_GetUID"), tagGone());
     QCOMPARE(r.good, QStringList{"D002330012345678"});
     QCOMPARE(r.after, QStringList{""});
-    click("cmd_ISO14443B_Initiate");
-    QCOMPARE(uitest::shows(panel_.get(), "txt_ISO14443B_answer"), QString("8700"));
-    QCOMPARE(uitest::shows(panel_.get(), "txt_ISO14443B_ChipID"), QString("57"));
+    f_->click("cmd_ISO14443B_Initiate");
+    QCOMPARE(uitest::shows(f_->panel.get(), "txt_ISO14443B_answer"), QString("8700"));
+    QCOMPARE(uitest::shows(f_->panel.get(), "txt_ISO14443B_ChipID"), QString("57"));
   }
 
   void anticollisionAfterTheTagLeftShowsNoUidAndOnlyTheCellLabels() {
     open("PDX54");
-    const uitest::TwoRuns r = uitest::goodThen(panel_.get(), {"txtAnticolUID"},
+    const uitest::TwoRuns r = uitest::goodThen(f_->panel.get(), {"txtAnticolUID"},
                                                command("cmd_ISO14443B_Anticollision"), tagGone());
     QCOMPARE(r.good, QStringList{"D002330012345678"});
     QCOMPARE(r.after, QStringList{""});
-    QCOMPARE(uitest::find<QTableWidget>(panel_.get(), "fgISO14443Banticol")->item(0, 2)->text(), QString("7: "));
+    QCOMPARE(uitest::find<QTableWidget>(f_->panel.get(), "fgISO14443Banticol")->item(0, 2)->text(), QString("7: "));
   }
 
   void readWithTheBoardUnpluggedGivesErrorRows() {
     open("PDX54");
-    click("cmd_ISO14443B_Anticollision");
-    uitest::find<QLineEdit>(panel_.get(), "txtUserAddress_0")->setText("001");
-    uitest::find<QLineEdit>(panel_.get(), "txtUserAddress_1")->setText("001");
-    click("cmd_ISO14443B_Read");
-    QCOMPARE(rows(uitest::find<QListWidget>(panel_.get(), "lstReadView")), QStringList{"001   11 22 33 44 "});
-    QCOMPARE(board_->setBoardPresent(false), 0);
-    click("cmd_ISO14443B_Read");
-    QCOMPARE(rows(uitest::find<QListWidget>(panel_.get(), "lstReadView")), QStringList{"001   error code returned"});
+    f_->click("cmd_ISO14443B_Anticollision");
+    uitest::find<QLineEdit>(f_->panel.get(), "txtUserAddress_0")->setText("001");
+    uitest::find<QLineEdit>(f_->panel.get(), "txtUserAddress_1")->setText("001");
+    f_->click("cmd_ISO14443B_Read");
+    QCOMPARE(rows(uitest::find<QListWidget>(f_->panel.get(), "lstReadView")), QStringList{"001   11 22 33 44 "});
+    f_->boardLost();
+    f_->click("cmd_ISO14443B_Read");
+    QCOMPARE(rows(uitest::find<QListWidget>(f_->panel.get(), "lstReadView")), QStringList{"001   error code returned"});
   }
 };
 

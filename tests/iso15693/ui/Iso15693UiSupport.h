@@ -25,6 +25,7 @@
 #include "shell/GlobVariables.h"
 #include "shell/Product.h"
 #include "shell/ui/Dialogs.h"
+#include "support/OnBoard.h"
 #include "support/UiTestSupport.h"
 
 namespace iso15693test {
@@ -126,32 +127,21 @@ struct Fixture {
 
 // The panel opened on the real simulated board with a field given as JSON text, with
 // short ways to take the tags out of the field and to unplug the board.
-struct BoardFixture {
-  uitest::SimulatedBoard board;
-  ScriptedDialogs dialogs;
+struct BoardFixture : uitest::OnBoard<frmTL42RQ_ISO15693_UI> {
   std::string field;
-  std::unique_ptr<frmTL42RQ_ISO15693_UI> panel;
 
   // `fieldJson` is the field's text or a file's path; `beforeOpening` may change the
   // chosen product before the panel opens on it.
   BoardFixture(const std::string& reference, const std::string& fieldJson,
                const std::function<void()>& beforeOpening = {})
-      : field(fieldJson) {
-    if (!board.loaded()) qFatal("simulated board not loaded");
-    if (board.loadField(field) != 0) qFatal("%s", board.lastError().c_str());
-    board.reset();
-    glob::state() = glob::GlobVariables();
-    glob::state().mcuRevision = "1.4.1";
-    chooseProduct(reference);
-    if (beforeOpening) beforeOpening();
-    setDialogs(&dialogs);
-    panel = std::make_unique<frmTL42RQ_ISO15693_UI>();
-    panel->show();
-  }
-  ~BoardFixture() {
-    panel.reset();
-    setDialogs(nullptr);
-  }
+      : OnBoard(fieldJson,
+                [&] {
+                  glob::state().mcuRevision = "1.4.1";
+                  chooseProduct(reference);
+                  if (beforeOpening) beforeOpening();
+                }),
+        field(fieldJson) {}
+
   // Every tag of the field leaves it: the same field with each tag marked out of it.
   void takeTagsOut() {
     const std::string type = "\"type\"", out_of_field = "\"inField\": false, ";
@@ -160,11 +150,6 @@ struct BoardFixture {
       out.insert(at, out_of_field);
     if (board.loadField(out) != 0) qFatal("%s", board.lastError().c_str());
   }
-  template <typename T = QWidget>
-  T* w(const QString& name) {
-    return uitest::find<T>(panel.get(), name);
-  }
-  void click(const QString& name) { QTest::mouseClick(w<QAbstractButton>(name), Qt::LeftButton); }
   void check(const QString& name, bool on) { w<QAbstractButton>(name)->setChecked(on); }
   void range(const QString& from, const QString& to) {
     w<QTabBar>("tabStripchoice")->setCurrentIndex(1);

@@ -7,13 +7,9 @@
 #include <QtTest>
 
 #include "iso18092/ui/frmTL42RQ_ISO18092_UI.h"
-#include "reader/Drivers.h"
-#include "shell/GlobVariables.h"
-#include "shell/ui/Dialogs.h"
-#include "support/UiTestSupport.h"
+#include "support/OnBoard.h"
 
 namespace {
-const char* kEmptyField = R"({"board": {"present": true}, "tags": []})";
 const QStringList kShown{"txt_ISO18092_answer", "lblReqBanswer", "lblReqCanswer_ManufID",
                          "lblReqCanswer_ManufParameter"};
 const QStringList kBare{"Answer : ", "Manuf ID : ", "Manuf Parameter : "};
@@ -21,12 +17,10 @@ const QStringList kBare{"Answer : ", "Manuf ID : ", "Manuf Parameter : "};
 
 class Iso18092OwnAnswerTest : public QObject {
   Q_OBJECT
-  ScriptedDialogs dialogs_;
-  std::unique_ptr<uitest::SimulatedBoard> board_;
-  std::unique_ptr<frmTL42RQ_ISO18092_UI> panel_;
+  std::unique_ptr<uitest::OnBoard<frmTL42RQ_ISO18092_UI>> f_;
 
   std::function<void()> reqc() {
-    return [this] { QTest::mouseClick(uitest::find<QPushButton>(panel_.get(), "cmd_ISO18092_ReqC"), Qt::LeftButton); };
+    return [this] { f_->click("cmd_ISO18092_ReqC"); };
   }
   void checkGood(const QStringList& good) {
     QCOMPARE(good.size(), 4);
@@ -36,39 +30,26 @@ class Iso18092OwnAnswerTest : public QObject {
   }
 
  private slots:
-  void init() {
-    setDialogs(&dialogs_);
-    glob::state() = glob::GlobVariables();
-    board_ = std::make_unique<uitest::SimulatedBoard>();
-    QVERIFY(board_->loaded());
-    QCOMPARE(board_->loadField(uitest::fixture("field_felica.json")), 0);
-    board_->reset();
-    panel_ = std::make_unique<frmTL42RQ_ISO18092_UI>();
-    panel_->show();
-  }
-  void cleanup() {
-    panel_.reset();
-    board_.reset();
-    setDialogs(nullptr);
-  }
+  void init() { f_ = std::make_unique<uitest::OnBoard<frmTL42RQ_ISO18092_UI>>(uitest::fixture("field_felica.json")); }
+  void cleanup() { f_.reset(); }
 
   void reqcAfterTheTagLeftShowsTheBareCaptions() {
     const uitest::TwoRuns r =
-        uitest::goodThen(panel_.get(), kShown, reqc(), [this] { QCOMPARE(board_->loadField(kEmptyField), 0); });
+        uitest::goodThen(f_->panel.get(), kShown, reqc(), [this] { f_->tagsGone(); });
     checkGood(r.good);
     QCOMPARE(r.after, QStringList{"8700"} + kBare);
   }
 
   void reqcWithTheBoardUnpluggedShowsTheBareCaptions() {
     const uitest::TwoRuns r =
-        uitest::goodThen(panel_.get(), kShown, reqc(), [this] { QCOMPARE(board_->setBoardPresent(false), 0); });
+        uitest::goodThen(f_->panel.get(), kShown, reqc(), [this] { f_->boardLost(); });
     checkGood(r.good);
     QCOMPARE(r.after, QStringList{""} + kBare);
   }
 
   void reqcWithAnErrorFlaggedByTheChipShowsTheBareCaptions() {
-    const uitest::TwoRuns r = uitest::goodThen(panel_.get(), kShown, reqc(), [this] {
-      QCOMPARE(uitest::loadFieldWithAnswers(*board_, "field_felica.json",
+    const uitest::TwoRuns r = uitest::goodThen(f_->panel.get(), kShown, reqc(), [this] {
+      QCOMPARE(uitest::loadFieldWithAnswers(f_->board, "field_felica.json",
                                             {{"TL42RQDll_SendReceive", "00FFFF",
                                               "80151201012E4CD2A3B4C5D60120220427674EFF000002", 0, 1}}),
                0);
