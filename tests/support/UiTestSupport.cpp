@@ -65,7 +65,7 @@ FixedTime::~FixedTime() { reader::setClock(nullptr); }
 
 std::string fixture(const std::string& name) { return std::string(TEST_FIXTURES) + "/" + name; }
 
-int loadFieldWithAnswers(SimulatedBoard& board, const std::string& fixtureName, const std::vector<Answer>& answers) {
+std::string fieldWithAnswers(const std::string& fixtureName, const std::vector<Answer>& answers) {
   using Json = nlohmann::ordered_json;
   std::ifstream in(fixture(fixtureName), std::ios::binary);
   if (!in) qFatal("fixture %s missing", fixtureName.c_str());
@@ -84,7 +84,11 @@ int loadFieldWithAnswers(SimulatedBoard& board, const std::string& fixtureName, 
   static int count = 0;
   const std::string path = dir.path().toStdString() + "/field_answers_" + std::to_string(++count) + ".json";
   std::ofstream(path, std::ios::binary | std::ios::trunc) << field.dump(2);
-  return board.loadField(path);
+  return path;
+}
+
+int loadFieldWithAnswers(SimulatedBoard& board, const std::string& fixtureName, const std::vector<Answer>& answers) {
+  return board.loadField(fieldWithAnswers(fixtureName, answers));
 }
 
 void chooseProduct(const std::string& reference) {

@@ -55,8 +55,10 @@ struct Answer {
 
 // Writes the fixture field `fixtureName` (tests/fixtures) with `answers` as its "answers"
 // list to a file of its own in a temporary directory that lives as long as the test
-// program, and loads that file into the board. Returns TL42RQSim_LoadField's result, 0
-// when the field was taken (else board.lastError() says why).
+// program, and gives the file's path.
+std::string fieldWithAnswers(const std::string& fixtureName, const std::vector<Answer>& answers);
+// The same, loaded into the board. Returns TL42RQSim_LoadField's result, 0 when the field
+// was taken (else board.lastError() says why).
 int loadFieldWithAnswers(SimulatedBoard& board, const std::string& fixtureName, const std::vector<Answer>& answers);
 
 // Fixes the trace clock at 11-21-2026 10:20:30 for the life of the object.

@@ -4,6 +4,7 @@
 #include <QtTest>
 
 #include "Iso14443BUiSupport.h"
+#include "support/OnBoard.h"
 #include "common/crc.h"
 
 using namespace iso14443btest;
@@ -20,24 +21,18 @@ std::string cardAnswer(const std::string& frame, const std::string& tail = "00")
 
 class Iso14443BAnswerOverridesTest : public QObject {
   Q_OBJECT
-  std::unique_ptr<uitest::SimulatedBoard> board_;
   std::unique_ptr<uitest::FixedTime> time_;
-  ScriptedDialogs dialogs_;
-  std::unique_ptr<frmTL42RQ_ISO14443B_UI> panel_;
+  std::unique_ptr<uitest::OnBoard<frmTL42RQ_ISO14443B_UI>> f_;
 
   void open(const std::string& reference, const std::vector<Answer>& answers) {
-    QCOMPARE(uitest::loadFieldWithAnswers(*board_, "field_iso14443b.json", answers), 0);
-    QCOMPARE(board_->reset(), 0);
-    glob::state() = glob::GlobVariables();
-    chooseProduct(reference);
-    panel_ = std::make_unique<frmTL42RQ_ISO14443B_UI>();
-    panel_->show();
+    f_ = std::make_unique<uitest::OnBoard<frmTL42RQ_ISO14443B_UI>>(
+        uitest::fieldWithAnswers("field_iso14443b.json", answers), [&] { chooseProduct(reference); });
   }
   template <typename T = QWidget>
   T* w(const QString& name) {
-    return uitest::find<T>(panel_.get(), name);
+    return f_->w<T>(name);
   }
-  void click(const QString& name) { QTest::mouseClick(w<QAbstractButton>(name), Qt::LeftButton); }
+  void click(const QString& name) { f_->click(name); }
   QString text(const QString& name) { return w<QLineEdit>(name)->text(); }
   QString caption(const QString& name) { return w<QLabel>(name)->text(); }
   QStringList reqbCaptions() {
@@ -54,17 +49,10 @@ class Iso14443BAnswerOverridesTest : public QObject {
   }
 
  private slots:
-  void init() {
-    board_ = std::make_unique<uitest::SimulatedBoard>();
-    QVERIFY2(board_->loaded(), "the simulated board library did not load");
-    time_ = std::make_unique<uitest::FixedTime>();
-    setDialogs(&dialogs_);
-  }
+  void init() { time_ = std::make_unique<uitest::FixedTime>(); }
   void cleanup() {
-    panel_.reset();
-    setDialogs(nullptr);
+    f_.reset();
     time_.reset();
-    board_.reset();
   }
 
   void firstAtqbByteOtherThan50IsDecodedWithoutComplaint() {
@@ -75,7 +63,7 @@ class Iso14443BAnswerOverridesTest : public QObject {
     QCOMPARE(reqbCaptions(), decoded(atqb));
     QCOMPARE(caption("lblReqBanswer_FirstByte"), QString("First Byte : 51"));
     QCOMPARE(text("txtAttriBrequest_Pupi"), QString("A1B2C3D4"));
-    QVERIFY(panel_->log().text().ends_with(sendRecv("REQB", "0500F0", atqb)));
+    QVERIFY(f_->panel->log().text().ends_with(sendRecv("REQB", "0500F0", atqb)));
   }
 
   // REQB resets its captions and the PUPI box, and decodes nothing of a flagged answer.
@@ -125,7 +113,7 @@ class Iso14443BAnswerOverridesTest : public QObject {
     QCOMPARE(text("txt_ISO14443B_request"), QString("0600"));
     QCOMPARE(text("txt_ISO14443B_answer"), QString::fromStdString(flagged));
     QCOMPARE(text("txt_ISO14443B_ChipID"), QString("A5"));
-    QVERIFY(panel_->log().text().ends_with(sendRecv("INITIATE", "0600", flagged)));
+    QVERIFY(f_->panel->log().text().ends_with(sendRecv("INITIATE", "0600", flagged)));
     // The override is used up: the family tag answers with its own Chip Id.
     click("cmd_ISO14443B_Initiate");
     QCOMPARE(text("txt_ISO14443B_answer"), QString::fromStdString(cardAnswer("57")));
@@ -139,7 +127,7 @@ class Iso14443BAnswerOverridesTest : public QObject {
     click("cmd_ISO14443B_GetUID");
     QCOMPARE(text("txt_ISO14443B_answer"), QString("8005AABBCC00"));
     QCOMPARE(text("txt_ISO14443B_UID"), QString("00CCBBAA"));
-    QVERIFY(panel_->log().text().ends_with(sendRecv("GET UID", "0B", "8005AABBCC00")));
+    QVERIFY(f_->panel->log().text().ends_with(sendRecv("GET UID", "0B", "8005AABBCC00")));
   }
 };
 

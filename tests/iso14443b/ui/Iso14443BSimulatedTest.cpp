@@ -8,6 +8,7 @@
 #include <QtTest>
 
 #include "Iso14443BUiSupport.h"
+#include "support/OnBoard.h"
 #include "common/crc.h"
 #include "iso15693/ui/MemoryPageView.h"
 
@@ -32,22 +33,17 @@ QString familyMemory(uitest::SimulatedBoard& board) {
 
 class Iso14443BSimulatedTest : public QObject {
   Q_OBJECT
-  std::unique_ptr<uitest::SimulatedBoard> board_;
   std::unique_ptr<uitest::FixedTime> time_;
-  ScriptedDialogs dialogs_;
-  std::unique_ptr<frmTL42RQ_ISO14443B_UI> panel_;
+  std::unique_ptr<uitest::OnBoard<frmTL42RQ_ISO14443B_UI>> f_;
 
-  void open(const std::string& reference) {
-    glob::state() = glob::GlobVariables();
-    chooseProduct(reference);
-    panel_ = std::make_unique<frmTL42RQ_ISO14443B_UI>();
-    panel_->show();
+  void open(const std::string& reference, const std::string& field = uitest::fixture("field_iso14443b.json")) {
+    f_ = std::make_unique<uitest::OnBoard<frmTL42RQ_ISO14443B_UI>>(field, [&] { chooseProduct(reference); });
   }
   template <typename T = QWidget>
   T* w(const QString& name) {
-    return uitest::find<T>(panel_.get(), name);
+    return f_->w<T>(name);
   }
-  void click(const QString& name) { QTest::mouseClick(w<QAbstractButton>(name), Qt::LeftButton); }
+  void click(const QString& name) { f_->click(name); }
   QString text(const QString& name) { return w<QLineEdit>(name)->text(); }
   QString caption(const QString& name) { return w<QLabel>(name)->text(); }
   QString cell(int k) {
@@ -56,24 +52,15 @@ class Iso14443BSimulatedTest : public QObject {
   }
 
  private slots:
-  void init() {
-    board_ = std::make_unique<uitest::SimulatedBoard>();
-    QVERIFY2(board_->loaded(), "the simulated board library did not load");
-    QCOMPARE(board_->loadField(uitest::fixture("field_iso14443b.json")), 0);
-    QCOMPARE(board_->reset(), 0);
-    time_ = std::make_unique<uitest::FixedTime>();
-    setDialogs(&dialogs_);
-  }
+  void init() { time_ = std::make_unique<uitest::FixedTime>(); }
   void cleanup() {
-    panel_.reset();
-    setDialogs(nullptr);
+    f_.reset();
     time_.reset();
-    board_.reset();
   }
 
   void openingConfiguresTheChip() {
     open("ISO14443-B");
-    QVERIFY(panel_->log().text().ends_with(
+    QVERIFY(f_->panel->log().text().ends_with(
         entry("TL42RQ CONFIGURATION : ISO14443-B protocol", "TL42RQDLL_SELECT", "03010180", "0000") +
         entry("TL42RQ CONFIGURATION : INCREASE DEMOD GAIN", "TL42RQDLL_KQCMD", "01 090468010130", "0000")));
   }
@@ -96,7 +83,7 @@ class Iso14443BSimulatedTest : public QObject {
     QCOMPARE(text("txt_ISO14443B_answer"), QString::fromStdString(attrib));
     QCOMPARE(caption("lblAttriBanswer_MBLI_CID"), QString("MBLI(4 bits) CID(4 bits) : 0 0"));
     QCOMPARE(caption("lblAttriBanswer_Crc"), QString::fromStdString("CRC : " + attrib.substr(6, 2)));
-    QVERIFY(panel_->log().text().ends_with(sendRecv("ATTRIB", "1DA1B2C3D400070100", attrib)));
+    QVERIFY(f_->panel->log().text().ends_with(sendRecv("ATTRIB", "1DA1B2C3D400070100", attrib)));
 
     // Active now: REQB finds nothing, and WUPB neither.
     click("cmd_ISO14443B_ReqB");
@@ -120,7 +107,7 @@ class Iso14443BSimulatedTest : public QObject {
     QCOMPARE(text("txt_ISO14443B_ChipID"), QString("57"));
     QCOMPARE(text("txtAnticolUID"), QString("D002330012345678"));
     QCOMPARE(text("txt_ISO14443B_UID"), QString());
-    QVERIFY(panel_->log().text().ends_with(sendRecv("SELECT", "0E57", cardAnswer("57")) +
+    QVERIFY(f_->panel->log().text().ends_with(sendRecv("SELECT", "0E57", cardAnswer("57")) +
                                            sendRecv("GET UID", "0B", cardAnswer("78563412003302D0"))));
     // Selected: the single commands reach it.
     click("cmd_ISO14443B_GetUID");
@@ -128,11 +115,9 @@ class Iso14443BSimulatedTest : public QObject {
   }
 
   void twoFamilyTagsFillTwoCellsAndNoneIsSelected() {
-    QCOMPARE(board_->loadField(R"({ "tags": [
+    open("PDX54", R"({ "tags": [
       { "type": "pdy", "product": "PDX54", "uid": "D002000000000001", "chipId": "32" },
-      { "type": "pdy", "product": "PDX54", "uid": "D002000000000002", "chipId": "A9" } ]})"),
-             0);
-    open("PDX54");
+      { "type": "pdy", "product": "PDX54", "uid": "D002000000000002", "chipId": "A9" } ]})");
     click("cmd_ISO14443B_Anticollision");
     for (int k = 1; k <= 15; ++k) {
       QString expected = QString("%1: ").arg(k);
@@ -143,8 +128,8 @@ class Iso14443BSimulatedTest : public QObject {
     QCOMPARE(text("txtAnticolUID"), QString());
     QCOMPARE(text("txt_ISO14443B_ChipID"), QString("00"));
     // Initiate heard both at once.
-    QVERIFY(panel_->log().text().find(sendRecv("INITIATE", "0600", "8600")) != std::string::npos);
-    QVERIFY(panel_->log().text().ends_with(sendRecv("SLOT MARKER (15)", "F6", "8700")));
+    QVERIFY(f_->panel->log().text().find(sendRecv("INITIATE", "0600", "8600")) != std::string::npos);
+    QVERIFY(f_->panel->log().text().ends_with(sendRecv("SLOT MARKER (15)", "F6", "8700")));
   }
 
   void singleCommandsWalkTheTagThroughItsStates() {
@@ -187,17 +172,15 @@ class Iso14443BSimulatedTest : public QObject {
     // The family never answers a write: the chip reports no tag, and the view says so.
     QCOMPARE(text("txt_ISO14443B_answer"), QString("8700"));
     QCOMPARE(rows(w<QListWidget>("lstReadView")), (QStringList{"005   Error code"}));
-    QCOMPARE(familyMemory(*board_).left(48), QString("0A0B0C0D" "11223344" "55667788" "99AABBCC" "00000000" "DEADBEEF"));
+    QCOMPARE(familyMemory(f_->board).left(48), QString("0A0B0C0D" "11223344" "55667788" "99AABBCC" "00000000" "DEADBEEF"));
 
     click("cmd_ISO14443B_Read");
     QCOMPARE(rows(w<QListWidget>("lstReadView")), (QStringList{"005   DE AD BE EF "}));
   }
 
   void aPdx51ReadWrapsThroughItsSixteenBlocks() {
-    QCOMPARE(board_->loadField(R"({ "tags": [
-      { "type": "pdy", "product": "PDX51", "uid": "D002000000000001", "chipId": "01", "memory": "01020304" } ]})"),
-             0);
-    open("PDX51");
+    open("PDX51", R"({ "tags": [
+      { "type": "pdy", "product": "PDX51", "uid": "D002000000000001", "chipId": "01", "memory": "01020304" } ]})");
     click("cmd_ISO14443B_Initiate");
     click("cmd_ISO14443B_Select");
     w<QLineEdit>("txtUserAddress_0")->setText("0F");
