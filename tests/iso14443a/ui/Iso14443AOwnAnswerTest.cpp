@@ -5,12 +5,11 @@
 #include <QFile>
 
 #include "Iso14443AUiSupport.h"
+#include "support/OnBoard.h"
 
 using namespace iso14443atest;
 
 namespace {
-
-const char* kEmptyField = R"({"board": {"present": true}, "tags": []})";
 
 // The fixture with the named tag in the field.
 std::string fieldWith(const char* product) {
@@ -40,51 +39,35 @@ const QStringList kEmptyAnalysis{"", "", "", "", "", "", ""};
 class Iso14443AOwnAnswerTest : public QObject {
   Q_OBJECT
 
-  std::unique_ptr<uitest::SimulatedBoard> board_;
-  std::unique_ptr<frmTL42RQ_ISO14443A_UI> panel_;
-  ScriptedDialogs dialogs_;
+  std::unique_ptr<uitest::OnBoard<frmTL42RQ_ISO14443A_UI>> f_;
 
   void open(const std::string& product, const char* tag) {
-    board_ = std::make_unique<uitest::SimulatedBoard>();
-    if (!board_->loaded()) qFatal("simulated board not loaded");
-    if (board_->loadField(fieldWith(tag)) != 0) qFatal("%s", board_->lastError().c_str());
-    board_->reset();
-    glob::state() = glob::GlobVariables();
-    chooseProduct(product);
-    panel_ = std::make_unique<frmTL42RQ_ISO14443A_UI>();
-    panel_->show();
+    f_ = std::make_unique<uitest::OnBoard<frmTL42RQ_ISO14443A_UI>>(fieldWith(tag), [&] { chooseProduct(product); });
   }
-  void click(const QString& name) {
-    QTest::mouseClick(uitest::find<QAbstractButton>(panel_.get(), name), Qt::LeftButton);
-  }
-  void setText(const QString& name, const QString& t) { uitest::find<QLineEdit>(panel_.get(), name)->setText(t); }
-  QStringList view() { return rows(uitest::find<QListWidget>(panel_.get(), "lstReadView")); }
+  void click(const QString& name) { f_->click(name); }
+  void setText(const QString& name, const QString& t) { f_->w<QLineEdit>(name)->setText(t); }
+  QStringList view() { return rows(f_->w<QListWidget>("lstReadView")); }
   std::function<void()> tagGone() {
-    return [this] { QCOMPARE(board_->loadField(kEmptyField), 0); };
+    return [this] { f_->tagsGone(); };
   }
   std::function<void()> boardLost() {
-    return [this] { QCOMPARE(board_->setBoardPresent(false), 0); };
+    return [this] { f_->boardLost(); };
   }
   // Write_E of one byte at 0D, as a person does it.
   void topazWriteE(const char* data) {
     setText("txtUserAddress_0", "0D");
     setText("txtUserAddress_1", "0D");
     click("cmd_ISO14443A_TOPAZ_Write_E");
-    panel_->pageView()->PWData(0)->setMaskedText(data);
+    f_->panel->pageView()->PWData(0)->setMaskedText(data);
     click("cmdWriteUser");
   }
 
  private slots:
-  void init() { setDialogs(&dialogs_); }
-  void cleanup() {
-    panel_.reset();
-    board_.reset();
-    setDialogs(nullptr);
-  }
+  void cleanup() { f_.reset(); }
 
   void reqaAfterTheTagLeftShowsOnlyItsOwnNoTagAnswer() {
     open("ISO14443-A", "single");
-    const uitest::TwoRuns r = uitest::goodThen(panel_.get(), kAnalysis, [this] { click("cmd_ISO14443A_REQA"); }, tagGone());
+    const uitest::TwoRuns r = uitest::goodThen(f_->panel.get(), kAnalysis, [this] { click("cmd_ISO14443A_REQA"); }, tagGone());
     QCOMPARE(r.good, (QStringList{"80050400080000", "80", "05", "0400", "08", "00", "00"}));
     QCOMPARE(r.after, (QStringList{"8700", "", "", "", "", "", ""}));
   }
@@ -95,7 +78,7 @@ class Iso14443AOwnAnswerTest : public QObject {
     click("cmd_ISO14443A_Anticol_0");
     setText("txtUIDforSelect123", "1A2B3C4D40");
     const uitest::TwoRuns r =
-        uitest::goodThen(panel_.get(), kAnalysis, [this] { click("cmd_ISO14443A_Select_0"); }, boardLost());
+        uitest::goodThen(f_->panel.get(), kAnalysis, [this] { click("cmd_ISO14443A_Select_0"); }, boardLost());
     QCOMPARE(r.good, (QStringList{"800608B6DD080000", "80", "06", "08B6DD", "08", "00", "00"}));
     QCOMPARE(r.after, kEmptyAnalysis);
   }
@@ -104,10 +87,10 @@ class Iso14443AOwnAnswerTest : public QObject {
     open("ISO14443-A", "single");
     const QStringList names{"txtAnticolisionProcessUID", "txt_ISO14443A_answer", "lblAnswerAnalysis_0"};
     const uitest::TwoRuns r =
-        uitest::goodThen(panel_.get(), names, [this] { click("cmd_ISO14443A_Anticol_Process"); }, tagGone());
+        uitest::goodThen(f_->panel.get(), names, [this] { click("cmd_ISO14443A_Anticol_Process"); }, tagGone());
     QCOMPARE(r.good, (QStringList{"1A2B3C4D", "800608B6DD080000", "80"}));
     QCOMPARE(r.after, (QStringList{"", "8700", ""}));
-    auto* grid = uitest::find<QTableWidget>(panel_.get(), "fgAnticolProcess");
+    auto* grid = uitest::find<QTableWidget>(f_->panel.get(), "fgAnticolProcess");
     QCOMPARE(grid->item(1, 2)->text(), QString("8700 "));
     QCOMPARE(grid->item(2, 2)->text(), QString(""));
     QCOMPARE(grid->item(3, 2)->text(), QString(""));
@@ -118,7 +101,7 @@ class Iso14443AOwnAnswerTest : public QObject {
     click("cmd_ISO14443A_Anticol_Process");
     setText("txtUserAddress_0", "04");
     setText("txtUserAddress_1", "04");
-    const uitest::TwoRuns r = uitest::goodThen(panel_.get(), {"lblAnswerAnalysis_0", "lblAnswerAnalysis_2"},
+    const uitest::TwoRuns r = uitest::goodThen(f_->panel.get(), {"lblAnswerAnalysis_0", "lblAnswerAnalysis_2"},
                                                [this] { click("cmd_ISO14443A_Read"); }, boardLost());
     QCOMPARE(r.good, (QStringList{"80", "000102030405060708090A0B0C0D0E0F77F5"}));
     QCOMPARE(r.after, (QStringList{"", ""}));
@@ -130,7 +113,7 @@ class Iso14443AOwnAnswerTest : public QObject {
     click("cmd_ISO14443A_TOPAZ_REQA");
     const QStringList names{"txtHR0_TOPAZ", "txtHR1_TOPAZ", "txtUID_cmdSelect", "lblAnswerAnalysis_0"};
     const uitest::TwoRuns r =
-        uitest::goodThen(panel_.get(), names, [this] { click("cmd_ISO14443A_TOPAZ_RID"); }, tagGone());
+        uitest::goodThen(f_->panel.get(), names, [this] { click("cmd_ISO14443A_TOPAZ_RID"); }, tagGone());
     QCOMPARE(r.good, (QStringList{"11", "48", "5E7A1122", "80"}));
     QCOMPARE(r.after, (QStringList{"", "", "", ""}));
   }
@@ -141,7 +124,7 @@ class Iso14443AOwnAnswerTest : public QObject {
     click("cmd_ISO14443A_TOPAZ_RID");
     const QStringList names{"txt_ISO14443A_answer", "lblAnswerAnalysis_0", "lblAnswerAnalysis_1",
                             "lblAnswerAnalysis_2"};
-    const uitest::TwoRuns r = uitest::goodThen(panel_.get(), names, [this] { topazWriteE("22 "); }, tagGone());
+    const uitest::TwoRuns r = uitest::goodThen(f_->panel.get(), names, [this] { topazWriteE("22 "); }, tagGone());
     QCOMPARE(r.good, (QStringList{"80070D222FBD080000", "80", "07", "0D222FBD080000"}));
     QCOMPARE(r.after, (QStringList{"8700", "", "", ""}));
     QCOMPARE(view(), (QStringList{"0D   Error code"}));
@@ -155,9 +138,9 @@ class Iso14443AOwnAnswerTest : public QObject {
     // A collision flagged by the chip: "80" at the start, but the tail ends in the bit
     // index of the collision instead of "00".
     const uitest::TwoRuns r = uitest::goodThen(
-        panel_.get(), names, [this] { click("cmd_ISO14443A_TOPAZ_RID"); },
+        f_->panel.get(), names, [this] { click("cmd_ISO14443A_TOPAZ_RID"); },
         [this] {
-          QCOMPARE(board_->loadField(withAnswer(fieldWith("topaz"), R"({"op": "TL42RQDll_SendReceive",
+          QCOMPARE(f_->board.loadField(withAnswer(fieldWith("topaz"), R"({"op": "TL42RQDll_SendReceive",
               "request": "530D", "answer": "80070D222FBD880102", "times": 1})")), 0);
         },
         [this] { topazWriteE("22 "); });
