@@ -32,19 +32,18 @@ class WatchedDriver final : public reader::ReaderDriver {
   reader::ReaderDriver& board_;
 };
 
-const char* kEmptyField = R"({"board": {"chipName": "NFC TL42RQ"}, "antenna": {"detectLevel": 31}, "tags": []})";
 const char* kOneIso15693Tag = R"({"antenna": {"detectLevel": 31}, "tags": [
   {"type": "iso15693", "uid": "E0022A0012345678"}]})";
 
 template <typename Tool>
-struct OnBoard {
+struct WatchedTool {
   uitest::SimulatedBoard sim;
   WatchedDriver driver{sim.driver()};
   uitest::FixedTime time;
   ScriptedDialogs dialogs;
   QPointer<Tool> panel;
 
-  explicit OnBoard(const std::string& field) {
+  explicit WatchedTool(const std::string& field) {
     glob::state() = glob::GlobVariables();
     glob::state().chipIdentification = "NFC TL42RQ";
     if (!sim.loaded()) qFatal("simulated board not loaded");
@@ -55,7 +54,7 @@ struct OnBoard {
     panel = new Tool;
     panel->show();
   }
-  ~OnBoard() {
+  ~WatchedTool() {
     delete panel.data();
     setDialogs(nullptr);
     reader::setDriver(&sim.driver());
@@ -71,8 +70,8 @@ struct OnBoard {
   }
 };
 
-using TagDetection = OnBoard<frmTL42RQ_TagDetection_UI>;
-using AutoDetect = OnBoard<frmTL42RQ_AutoDetectTool_UI>;
+using TagDetection = WatchedTool<frmTL42RQ_TagDetection_UI>;
+using AutoDetect = WatchedTool<frmTL42RQ_AutoDetectTool_UI>;
 
 std::string fieldWithLevel(int level) {
   return R"({"antenna": {"detectLevel": )" + std::to_string(level) + R"(}, "tags": []})";
@@ -84,7 +83,7 @@ class DiscoveryOnBoardTest : public QObject {
   Q_OBJECT
  private slots:
   void calibrationWithAnEmptyFieldFindsTheBandAroundLevel31() {
-    TagDetection t(kEmptyField);
+    TagDetection t(kNoTagField);
     click(t.panel, "cmd_TagDetection_calibration");
     // The detector reads 31: the chip detects while 31 lies above the high level, up to
     // code 7 (byte 1C); the band is codes 5 to 9, bytes 14 to 24, around 31.
@@ -108,7 +107,7 @@ class DiscoveryOnBoardTest : public QObject {
   }
 
   void calibrationWithReadRegisterReadsRegister62() {
-    TagDetection t(kEmptyField);
+    TagDetection t(kNoTagField);
     click(t.panel, "chkWithReadRg");
     click(t.panel, "cmd_TagDetection_calibration");
     QVERIFY(t.log().find(kq("01 070E03A100F801180020606000003F01", "000102") + kq("01 0803620100", "000102")) !=
@@ -123,7 +122,7 @@ class DiscoveryOnBoardTest : public QObject {
   }
 
   void detectionWithoutTagWakesByTimeOut() {
-    TagDetection t(kEmptyField);
+    TagDetection t(kNoTagField);
     click(t.panel, "cmd_TagDetection_calibration");
     t.tick({0});
     click(t.panel, "cmd_TagDetection_Detection");
@@ -134,7 +133,7 @@ class DiscoveryOnBoardTest : public QObject {
   }
 
   void detectionWakesByTagDetectWhenATagIsPutIntoTheField() {
-    TagDetection t(kEmptyField);
+    TagDetection t(kNoTagField);
     click(t.panel, "cmd_TagDetection_calibration");
     t.tick({0});
     QCOMPARE(t.sim.loadField(kOneIso15693Tag), 0);
@@ -148,7 +147,7 @@ class DiscoveryOnBoardTest : public QObject {
   }
 
   void farTagLeavesTheChipAsleepWhileANearOneWakesIt() {
-    TagDetection t(kEmptyField);
+    TagDetection t(kNoTagField);
     click(t.panel, "cmd_TagDetection_calibration");
     QCOMPARE(t.sim.loadField(R"({"antenna": {"detectLevel": 31}, "tags": [
         {"type": "iso15693", "uid": "E0022A0012345678", "distance": "far"}]})"), 0);
@@ -162,7 +161,7 @@ class DiscoveryOnBoardTest : public QObject {
   }
 
   void loopUntilDetectedEndsWhenATagArrivesWhileItRuns() {
-    TagDetection t(kEmptyField);
+    TagDetection t(kNoTagField);
     click(t.panel, "cmd_TagDetection_calibration");
     int idles = 0;
     t.driver.onCall = [&](Op op, const std::string& request) {

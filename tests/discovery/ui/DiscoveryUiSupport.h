@@ -18,6 +18,7 @@
 #include "common/crc.h"
 #include "reader/Drivers.h"
 #include "shell/GlobVariables.h"
+#include "support/OnBoard.h"
 #include "support/UiTestSupport.h"
 
 namespace discoverytest {
@@ -124,6 +125,17 @@ struct FakeBoard {
 };
 
 // A click as the person makes it: the button toggles (check boxes) and tells its handler.
+// The discovery fixtures' board and antenna with no tag in the field.
+inline constexpr const char* kNoTagField =
+    R"({"board": {"chipName": "NFC TL42RQ"}, "antenna": {"detectLevel": 31}, "tags": []})";
+
+// A discovery tool on the simulated board with `field`, the chip's name published as the
+// detection at start-up publishes it.
+template <class Tool>
+std::unique_ptr<uitest::OnBoard<Tool>> toolOnBoard(const std::string& field) {
+  return std::make_unique<uitest::OnBoard<Tool>>(field, [] { glob::state().chipIdentification = "NFC TL42RQ"; });
+}
+
 inline void click(QObject* root, const QString& name) { uitest::find<QAbstractButton>(root, name)->click(); }
 inline QString text(QObject* root, const QString& name) {
   if (auto* l = root->findChild<QLabel*>(name)) return l->text();
