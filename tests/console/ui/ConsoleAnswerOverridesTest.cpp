@@ -6,8 +6,7 @@
 #include <QtTest>
 
 #include "console/ui/frmTL42RQ_UserInterface.h"
-#include "shell/ui/Dialogs.h"
-#include "support/UiTestSupport.h"
+#include "support/OnBoard.h"
 
 namespace {
 
@@ -32,32 +31,17 @@ std::string kqEntry(const std::string& request, const std::string& shown) {
 
 class ConsoleAnswerOverridesTest : public QObject {
   Q_OBJECT
-  ScriptedDialogs dialogs_;
-  std::unique_ptr<uitest::SimulatedBoard> board_;
-  std::unique_ptr<frmTL42RQ_UserInterface> panel_;
+  std::unique_ptr<uitest::OnBoard<frmTL42RQ_UserInterface>> f_;
 
   frmTL42RQ_UserInterface& open() {
-    board_ = std::make_unique<uitest::SimulatedBoard>();
-    if (!board_->loaded()) qFatal("simulated board not loaded");
-    if (board_->loadField(uitest::fixture("field_answers_console.json")) != 0)
-      qFatal("%s", board_->lastError().c_str());
-    panel_ = std::make_unique<frmTL42RQ_UserInterface>();
-    panel_->resize(1300, 900);
-    panel_->show();
-    return *panel_;
+    f_ = std::make_unique<uitest::OnBoard<frmTL42RQ_UserInterface>>(uitest::fixture("field_answers_console.json"));
+    f_->panel->resize(1300, 900);
+    return *f_->panel;
   }
-  bool logEndsWith(const std::string& tail) { return panel_->log().text().ends_with(tail); }
+  bool logEndsWith(const std::string& tail) { return f_->panel->log().text().ends_with(tail); }
 
  private slots:
-  void init() {
-    setDialogs(&dialogs_);
-    glob::state() = glob::GlobVariables();
-  }
-  void cleanup() {
-    panel_.reset();
-    board_.reset();
-    setDialogs(nullptr);
-  }
+  void cleanup() { f_.reset(); }
 
   // The general panel names no status: any status but 0 is a connection fault to it.
   void generalPanelShowsTheConnectionTextForStatus3() {

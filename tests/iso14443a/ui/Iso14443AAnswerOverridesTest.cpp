@@ -4,6 +4,7 @@
 #include <QTimer>
 
 #include "Iso14443AUiSupport.h"
+#include "support/OnBoard.h"
 
 using namespace iso14443atest;
 using uitest::Answer;
@@ -11,29 +12,20 @@ using uitest::Answer;
 class Iso14443AAnswerOverridesTest : public QObject {
   Q_OBJECT
 
-  std::unique_ptr<uitest::SimulatedBoard> board_;
-  std::unique_ptr<frmTL42RQ_ISO14443A_UI> panel_;
-  ScriptedDialogs dialogs_;
+  std::unique_ptr<uitest::OnBoard<frmTL42RQ_ISO14443A_UI>> f_;
 
   frmTL42RQ_ISO14443A_UI& open(const std::vector<Answer>& answers) {
-    panel_.reset();
-    board_ = std::make_unique<uitest::SimulatedBoard>();
-    if (!board_->loaded()) qFatal("simulated board not loaded");
-    if (uitest::loadFieldWithAnswers(*board_, "field_answers_iso14443a.json", answers) != 0)
-      qFatal("%s", board_->lastError().c_str());
-    board_->reset();
-    glob::state() = glob::GlobVariables();
-    chooseProduct("ISO14443-A");
-    panel_ = std::make_unique<frmTL42RQ_ISO14443A_UI>();
-    panel_->show();
-    panel_->log().clear();
-    return *panel_;
+    f_.reset();
+    f_ = std::make_unique<uitest::OnBoard<frmTL42RQ_ISO14443A_UI>>(
+        uitest::fieldWithAnswers("field_answers_iso14443a.json", answers), [] { chooseProduct("ISO14443-A"); });
+    f_->panel->log().clear();
+    return *f_->panel;
   }
   template <typename T = QWidget>
   T* w(const QString& name) {
-    return uitest::find<T>(panel_.get(), name);
+    return f_->w<T>(name);
   }
-  void click(const QString& name) { QTest::mouseClick(w<QAbstractButton>(name), Qt::LeftButton); }
+  void click(const QString& name) { f_->click(name); }
   QString textOf(const QString& name) { return w<QLineEdit>(name)->text(); }
   QString cell(int r, int c) {
     auto* item = w<QTableWidget>("fgAnticolProcess")->item(r, c);
@@ -52,7 +44,7 @@ class Iso14443AAnswerOverridesTest : public QObject {
   };
   AtFirstYield runCapturingFirstYield() {
     AtFirstYield seen;
-    QTimer::singleShot(0, panel_.get(), [&] {
+    QTimer::singleShot(0, f_->panel.get(), [&] {
       seen.anticol1Row = row(2);
       seen.analysis = analysis();
     });
@@ -61,12 +53,7 @@ class Iso14443AAnswerOverridesTest : public QObject {
   }
 
  private slots:
-  void init() { setDialogs(&dialogs_); }
-  void cleanup() {
-    panel_.reset();
-    board_.reset();
-    setDialogs(nullptr);
-  }
+  void cleanup() { f_.reset(); }
 
   // The reference: the simulated tag answers REQA with "80"; the process analyses it and
   // yields before Anticol 1.
@@ -86,7 +73,7 @@ class Iso14443AAnswerOverridesTest : public QObject {
     open({{"TL42RQDll_SendReceive", "2607", "9004440008"}});
     click("cmd_ISO14443A_WUPA");
     QCOMPARE(textOf("txt_ISO14443A_answer"), QString("80054400080000"));
-    panel_->log().clear();
+    f_->panel->log().clear();
     uitest::FixedTime time;
     const AtFirstYield seen = runCapturingFirstYield();
     QCOMPARE(row(1), (QStringList{"REQ A", "2607 ", "9004440008 "}));
@@ -95,7 +82,7 @@ class Iso14443AAnswerOverridesTest : public QObject {
     QCOMPARE(row(3), (QStringList{"SELECT 1", "93708804A1B29F28 ", "800604DA17080000 "}));
     QCOMPARE(row(5), (QStringList{"SELECT 2", "9570C3D4E5F60428 ", "800600FE51080000 "}));
     QCOMPARE(textOf("txtAnticolisionProcessUID"), QString("04A1B2C3D4E5F6"));
-    QVERIFY(QString::fromStdString(panel_->log().text())
+    QVERIFY(QString::fromStdString(f_->panel->log().text())
                 .startsWith(QString::fromStdString(sendRecv("ISO14443-A REQA", "2607", "9004440008") +
                                                    sendRecv("ISO14443-A ANTICOL 1", "932008", "80088804A1B29F080000"))));
   }
