@@ -184,16 +184,8 @@ void MainForm::mnuExportPcapng_Click() {
   Panel* p = activePanel();
   if (!p) return;
   const pcapng::Bytes file = capture::pcapngFile(p->capture().records());
-  auto& g = glob::state();
-  const QString name =
-      dialogs().saveFileName(this, QString::fromStdString(g.lastDirectory), "pcapng File (*.pcapng)|*.pcapng").trimmed();
+  const QString name = askSaveFileName(this, "pcapng File (*.pcapng)|*.pcapng");
   if (name.isEmpty()) return;
-  const QString title = QFileInfo(name).fileName().trimmed();
-  const std::string dir = name.left(name.size() - title.size()).toStdString();
-  if (dir != g.lastDirectory) {
-    g.lastDirectory = dir;
-    shell::writeUsageFile(g.lastDirectory, g.backgroundColor);
-  }
   QFile f(name);
   if (f.open(QIODevice::WriteOnly | QIODevice::Truncate))
     f.write(reinterpret_cast<const char*>(file.data()), static_cast<qint64>(file.size()));

@@ -169,21 +169,25 @@ void Panel::cmdSaveLog_Click() {
   saveTextAs(this, log_.text());
 }
 
+QString askSaveFileName(QWidget* parent, const QString& filter) {
+  auto& g = glob::state();
+  const QString name = dialogs().saveFileName(parent, QString::fromStdString(g.lastDirectory), filter).trimmed();
+  if (name.isEmpty()) return name;
+  const QString title = QFileInfo(name).fileName().trimmed();
+  const std::string dir = name.left(name.size() - title.size()).toStdString();
+  if (dir != g.lastDirectory) {
+    g.lastDirectory = dir;
+    shell::writeUsageFile(g.lastDirectory, g.backgroundColor);
+  }
+  return name;
+}
+
 // `text` is a copy: the window it came from may go while the dialog is up.
 void saveTextAs(QWidget* parent, std::string text) {
   if (text.empty()) return;
   QApplication::setOverrideCursor(Qt::WaitCursor);
-  auto& g = glob::state();
-  const QString name = dialogs()
-                           .saveFileName(parent, QString::fromStdString(g.lastDirectory), "txt File (*.txt)|*.txt")
-                           .trimmed();
+  const QString name = askSaveFileName(parent, "txt File (*.txt)|*.txt");
   if (!name.isEmpty()) {
-    const QString title = QFileInfo(name).fileName().trimmed();
-    const std::string dir = name.left(name.size() - title.size()).toStdString();
-    if (dir != g.lastDirectory) {
-      g.lastDirectory = dir;
-      shell::writeUsageFile(g.lastDirectory, g.backgroundColor);
-    }
     QFile f(name);
     if (f.open(QIODevice::WriteOnly | QIODevice::Truncate)) f.write(text.data(), static_cast<qint64>(text.size()));
   }

@@ -80,6 +80,11 @@ class Panel : public QWidget {
   bool deferredClose_ = false;
 };
 
+// The file name the user picks in the save dialog with `filter`, starting in the
+// last-used directory, which then becomes the picked file's directory (and is written to
+// the usage file). Empty when the dialog was cancelled.
+QString askSaveFileName(QWidget* parent, const QString& filter);
+
 // Saves a text through the save dialog into a file of the user's choice, keeping the
 // last-used directory: the shape of Save Log and of the other Save buttons.
 void saveTextAs(QWidget* parent, std::string text);
