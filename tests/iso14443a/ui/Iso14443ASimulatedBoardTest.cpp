@@ -5,6 +5,7 @@
 #include <QFile>
 
 #include "Iso14443AUiSupport.h"
+#include "support/OnBoard.h"
 
 using namespace iso14443atest;
 
@@ -39,27 +40,18 @@ std::string memoryOf(const std::string& dump, const char* product) {
 class Iso14443ASimulatedBoardTest : public QObject {
   Q_OBJECT
 
-  std::unique_ptr<uitest::SimulatedBoard> board_;
-  std::unique_ptr<frmTL42RQ_ISO14443A_UI> panel_;
-  ScriptedDialogs dialogs_;
+  std::unique_ptr<uitest::OnBoard<frmTL42RQ_ISO14443A_UI>> f_;
 
   frmTL42RQ_ISO14443A_UI& open(const std::string& product, std::initializer_list<const char*> tags) {
-    panel_.reset();
-    board_ = std::make_unique<uitest::SimulatedBoard>();
-    if (!board_->loaded()) qFatal("simulated board not loaded");
-    if (board_->loadField(fieldWith(tags)) != 0) qFatal("%s", board_->lastError().c_str());
-    board_->reset();
-    glob::state() = glob::GlobVariables();
-    chooseProduct(product);
-    panel_ = std::make_unique<frmTL42RQ_ISO14443A_UI>();
-    panel_->show();
-    return *panel_;
+    f_.reset();
+    f_ = std::make_unique<uitest::OnBoard<frmTL42RQ_ISO14443A_UI>>(fieldWith(tags), [&] { chooseProduct(product); });
+    return *f_->panel;
   }
   template <typename T = QWidget>
   T* w(const QString& name) {
-    return uitest::find<T>(panel_.get(), name);
+    return f_->w<T>(name);
   }
-  void click(const QString& name) { QTest::mouseClick(w<QAbstractButton>(name), Qt::LeftButton); }
+  void click(const QString& name) { f_->click(name); }
   QString textOf(const QString& name) { return w<QLineEdit>(name)->text(); }
   void setText(const QString& name, const QString& t) { w<QLineEdit>(name)->setText(t); }
   QString cell(int r, int c) { return w<QTableWidget>("fgAnticolProcess")->item(r, c)->text(); }
@@ -71,20 +63,12 @@ class Iso14443ASimulatedBoardTest : public QObject {
   }
 
  private slots:
-  void init() {
-    setDialogs(&dialogs_);
-    dialogs_ = ScriptedDialogs();
-  }
-  void cleanup() {
-    panel_.reset();
-    board_.reset();
-    setDialogs(nullptr);
-  }
+  void cleanup() { f_.reset(); }
 
   void theOpeningConfiguresTheSimulatedChip() {
     uitest::FixedTime time;
     open("ISO14443-A", {"single"});
-    QCOMPARE(panel_->log().text(),
+    QCOMPARE(f_->panel->log().text(),
              echoEntry("5500") +
                  entry("TL42RQ CONFIGURATION : ISO14443-A protocol", "TL42RQDLL_SELECT", "02000180", "0000") +
                  entry("ISO14443-A : CONFIG", "TL42RQDLL_KQCmd", "01 09043A005804", "0000") +
@@ -181,25 +165,25 @@ class Iso14443ASimulatedBoardTest : public QObject {
     click("cmd_ISO14443A_Anticol_Process");
     range("05", "05");
     click("cmd_ISO14443A_Write");
-    panel_->pageView()->PWData(0)->setMaskedText("CA FE BA BE ");
+    f_->panel->pageView()->PWData(0)->setMaskedText("CA FE BA BE ");
     click("cmdWriteUser");
     QCOMPARE(textOf("txt_ISO14443A_request"), QString("A205CAFEBABE28"));
     QCOMPARE(textOf("txt_ISO14443A_answer"), QString("90040A"));
     QCOMPARE(view(), (QStringList{"05   Error code"}));
-    QCOMPARE(memoryOf(board_->dumpField(), "single").substr(0, 56),
+    QCOMPARE(memoryOf(f_->board.dumpField(), "single").substr(0, 56),
              std::string("1A2B3C4D" "40000000" "00000000" "E1100600" "00010203" "CAFEBABE" "08090A0B"));
     // The compatibility write: two frames, of which the tag writes the first four bytes.
     range("06", "06");
     click("cmd_ISO14443A_Write_compatibility");
-    panel_->pageView()->mskFillPage()->setMaskedText("77");
+    f_->panel->pageView()->mskFillPage()->setMaskedText("77");
     click("cmdWriteUser");
-    QCOMPARE(memoryOf(board_->dumpField(), "single").substr(40, 24), std::string("CAFEBABE" "77777777" "0C0D0E0F"));
+    QCOMPARE(memoryOf(f_->board.dumpField(), "single").substr(40, 24), std::string("CAFEBABE" "77777777" "0C0D0E0F"));
     // A write to the UID page is refused with a NAK.
     range("01", "01");
     click("cmd_ISO14443A_Write");
     click("cmdWriteUser");
     QCOMPARE(textOf("txt_ISO14443A_answer"), QString("900400"));
-    QCOMPARE(memoryOf(board_->dumpField(), "single").substr(8, 8), std::string("40000000"));
+    QCOMPARE(memoryOf(f_->board.dumpField(), "single").substr(8, 8), std::string("40000000"));
   }
 
   void topazRidFillsTheBoxesAndWriteEChangesAByte() {
@@ -213,19 +197,19 @@ class Iso14443ASimulatedBoardTest : public QObject {
     QCOMPARE(textOf("txtUID_cmdSelect"), QString("5E7A1122"));
     range("0D", "0D");
     click("cmd_ISO14443A_TOPAZ_Write_E");
-    panel_->pageView()->PWData(0)->setMaskedText("22 ");
+    f_->panel->pageView()->PWData(0)->setMaskedText("22 ");
     click("cmdWriteUser");
     QCOMPARE(textOf("txt_ISO14443A_request"), QString("530D225E7A1122A8"));
     QCOMPARE(view(), (QStringList{"0D   (00) No error during Prog sequence"}));
-    QCOMPARE(memoryOf(board_->dumpField(), "topaz").substr(0x0D * 2, 2), std::string("22"));
+    QCOMPARE(memoryOf(f_->board.dumpField(), "topaz").substr(0x0D * 2, 2), std::string("22"));
     range("0C", "0F");
     click("cmd_ISO14443A_Read");
     QCOMPARE(view(), (QStringList{"0C   03 ", "0D   22 ", "0E   D1 ", "0F   01 "}));
     range("0E", "0E");
     click("cmd_ISO14443A_TOPAZ_Write_NE");
-    panel_->pageView()->PWData(0)->setMaskedText("20 ");
+    f_->panel->pageView()->PWData(0)->setMaskedText("20 ");
     click("cmdWriteUser");
-    QCOMPARE(memoryOf(board_->dumpField(), "topaz").substr(0x0E * 2, 2), std::string("F1"));
+    QCOMPARE(memoryOf(f_->board.dumpField(), "topaz").substr(0x0E * 2, 2), std::string("F1"));
   }
 
   void topazRidOnASilentFieldLeavesTheBoxesEmpty() {
@@ -240,7 +224,7 @@ class Iso14443ASimulatedBoardTest : public QObject {
     open("ISO14443-A", {"double"});
     QVERIFY(w("FraNDEFiso14443A")->isHidden());
     QVERIFY(w("lblInternetLink")->isHidden());
-    panel_->cmdReadNdefIso1443A_Click();
+    f_->panel->cmdReadNdefIso1443A_Click();
     QCOMPARE(w<QPlainTextEdit>("txtNDEFmessage")->toPlainText(),
              QString(" https://www.example.com"
                      "SMART POSTER record : \n"
@@ -251,7 +235,7 @@ class Iso14443ASimulatedBoardTest : public QObject {
     QVERIFY(!w("lblDetectedUrl")->isHidden());
     QCOMPARE(w<QLabel>("lblInternetLink")->text(), QString("http://www.example.org"));
     QCOMPARE(w<QLabel>("lblDetectedUrl")->text(), QString("URL : "));
-    const std::string log = panel_->log().text();
+    const std::string log = f_->panel->log().text();
     for (const char* frame : {">>> TL42RQDLL_SENDRECV, 300328", ">>> TL42RQDLL_SENDRECV, 300728",
                               ">>> TL42RQDLL_SENDRECV, 300B28", ">>> TL42RQDLL_SENDRECV, 300F28"})
       QVERIFY2(log.find(frame) != std::string::npos, frame);
@@ -264,9 +248,9 @@ class Iso14443ASimulatedBoardTest : public QObject {
 
   void readNdefWithoutATagDecodesNothing() {
     open("ISO14443-A", {});
-    panel_->cmdReadNdefIso1443A_Click();
+    f_->panel->cmdReadNdefIso1443A_Click();
     QCOMPARE(w<QPlainTextEdit>("txtNDEFmessage")->toPlainText(), QString());
-    const std::string log = panel_->log().text();
+    const std::string log = f_->panel->log().text();
     // REQA unanswered, then one read that fails, and nothing more.
     QVERIFY(log.find("300328") != std::string::npos);
     QCOMPARE(log.find("300728"), std::string::npos);
