@@ -727,18 +727,18 @@ int frmTL42RQ_ISO15693_UI::sendFrame(const std::string& title, const std::string
 
 int frmTL42RQ_ISO15693_UI::sendFrame(const std::string& title, const std::string& frame, int reconnectMode,
                                      std::int32_t& status) {
+  reader::Answer a;
   if (reconnectMode == 0) {
-    const int n = sendFrame(title, frame);
-    status = lastStatus_;
-    return n;
-  }
-  // The fast commands reconnect with "011D", so that the command can go on at its rate.
-  auto& d = reader::driver();
-  reader::Answer a = reader::callOnce(d, Op::SendReceive, frame);
-  if (a.status == reader::kStatusNoBoard) {
-    std::int32_t s = a.status;
-    DEMO_TL42RQ_A_reconnect_iso15693(reconnectMode, s);
+    a = exchange(Op::SendReceive, frame);
+  } else {
+    // The fast commands reconnect with "011D", so that the command can go on at its rate.
+    auto& d = reader::driver();
     a = reader::callOnce(d, Op::SendReceive, frame);
+    if (a.status == reader::kStatusNoBoard) {
+      std::int32_t s = a.status;
+      DEMO_TL42RQ_A_reconnect_iso15693(reconnectMode, s);
+      a = reader::callOnce(d, Op::SendReceive, frame);
+    }
   }
   status = a.status;
   return showAndCut(title, frame, a, ResponseStart::Empty);
@@ -746,7 +746,6 @@ int frmTL42RQ_ISO15693_UI::sendFrame(const std::string& title, const std::string
 
 int frmTL42RQ_ISO15693_UI::showAndCut(const std::string& title, const std::string& frame, const reader::Answer& a,
                                       ResponseStart start) {
-  lastStatus_ = a.status;
   txt_ISO15693_request->setText(latin1(frame));
   txt_ISO15693_answer->setText(latin1(a.text));
   // The trace and the cut read the answer back from its box.

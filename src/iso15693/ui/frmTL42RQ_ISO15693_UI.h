@@ -318,7 +318,6 @@ class frmTL42RQ_ISO15693_UI : public Panel {
   std::string tagResponse_;
   bool inventoryLoop_ = false;
   bool readStopped_ = false;  // the last sendReadSingleBlock was ended by STOP
-  std::int32_t lastStatus_ = 0;  // status of the last Send Receive
   bool fastReads_ = false;    // the block reads go out as their fast forms
   bool pageGridOpen_ = false;
   bool busy_ = false;

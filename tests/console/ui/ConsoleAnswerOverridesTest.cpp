@@ -8,19 +8,11 @@
 #include "console/ui/frmTL42RQ_UserInterface.h"
 #include "support/OnBoard.h"
 
+#include "ConsoleUiSupport.h"
+
+using namespace consoletest;
+
 namespace {
-
-QString text(QObject* root, const QString& name) { return uitest::find<QLineEdit>(root, name)->text(); }
-void click(QObject* root, const QString& name) { uitest::find<QAbstractButton>(root, name)->click(); }
-
-QStringList shownLines(QObject* root, const QString& suffix, int boxes) {
-  QStringList out;
-  for (int i = 0; i < boxes; ++i) {
-    auto* e = uitest::find<QLineEdit>(root, QStringLiteral("txtCommandCode%1AnswerExplain_%2").arg(suffix).arg(i));
-    if (e->isVisible()) out << e->text();
-  }
-  return out;
-}
 
 // The console's trace entry of one KQCmd at the fixed time.
 std::string kqEntry(const std::string& request, const std::string& shown) {

@@ -10,33 +10,17 @@
 #include "shell/ui/Dialogs.h"
 #include "support/UiTestSupport.h"
 
+#include "ConsoleUiSupport.h"
+
+using namespace consoletest;
+
 namespace {
-
-QString text(QObject* root, const QString& name) { return uitest::find<QLineEdit>(root, name)->text(); }
-void click(QObject* root, const QString& name) { uitest::find<QAbstractButton>(root, name)->click(); }
-
-void choose(QObject* root, const QString& entry) {
-  auto* c = uitest::find<QComboBox>(root, "cboTL42RQ_CommandList");
-  const int i = c->findText(entry);
-  if (i < 0) qFatal("entry %s not in the list", qPrintable(entry));
-  c->setCurrentIndex(i);
-  emit c->activated(i);
-}
 
 void type(QObject* root, const QString& name, const QString& keys) {
   auto* e = uitest::find<QLineEdit>(root, name);
   e->selectAll();
   QTest::keyClick(e, Qt::Key_Backspace);
   QTest::keyClicks(e, keys);
-}
-
-QStringList shownLines(QObject* root, const QString& suffix, int boxes) {
-  QStringList out;
-  for (int i = 0; i < boxes; ++i) {
-    auto* e = uitest::find<QLineEdit>(root, QStringLiteral("txtCommandCode%1AnswerExplain_%2").arg(suffix).arg(i));
-    if (e->isVisible()) out << e->text();
-  }
-  return out;
 }
 
 // The ISO/IEC 13239 CRC, bit by bit as the standard writes it, low byte first.

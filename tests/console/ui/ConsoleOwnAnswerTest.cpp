@@ -9,17 +9,11 @@
 #include "console/ui/frmTL42RQ_UserInterface.h"
 #include "support/OnBoard.h"
 
+#include "ConsoleUiSupport.h"
+
+using namespace consoletest;
+
 namespace {
-
-void click(QObject* root, const QString& name) { uitest::find<QAbstractButton>(root, name)->click(); }
-
-void choose(QObject* root, const QString& entry) {
-  auto* c = uitest::find<QComboBox>(root, "cboTL42RQ_CommandList");
-  const int i = c->findText(entry);
-  if (i < 0) qFatal("entry %s not in the list", qPrintable(entry));
-  c->setCurrentIndex(i);
-  emit c->activated(i);
-}
 
 // The answer box and the explanation lines that are shown.
 QStringList explained(QObject* root, const QString& suffix) {

@@ -16,27 +16,17 @@
 #include "shell/ui/Dialogs.h"
 #include "support/UiTestSupport.h"
 
+#include "ConsoleUiSupport.h"
+
 using reader::FakeDriver;
 using reader::Op;
+using namespace consoletest;
 
 namespace {
 
 const char* kStamp = "\r\n11-21-2026 10:20:30\t";
 
-QString text(QObject* root, const QString& name) { return uitest::find<QLineEdit>(root, name)->text(); }
 bool shown(QObject* root, const QString& name) { return uitest::find<QWidget>(root, name)->isVisible(); }
-
-// A click as the button takes it from the mouse (two mouse clicks in a row would reach the
-// test's window as a double click).
-void click(QObject* root, const QString& name) { uitest::find<QAbstractButton>(root, name)->click(); }
-
-void choose(QObject* root, const QString& list, const QString& entry) {
-  auto* c = uitest::find<QComboBox>(root, list);
-  const int i = c->findText(entry);
-  if (i < 0) qFatal("entry %s not in %s", qPrintable(entry), qPrintable(list));
-  c->setCurrentIndex(i);
-  emit c->activated(i);
-}
 
 // Types into a box at its end, with a key release after each key as a person would.
 void type(QObject* root, const QString& name, const QString& keys) {
@@ -55,16 +45,6 @@ void empty(QObject* root, const QString& name) {
 QStringList frame(QObject* root, const char* name, int count) {
   QStringList out;
   for (int i = 0; i < count; ++i) out << text(root, QStringLiteral("%1_%2").arg(QLatin1String(name)).arg(i));
-  return out;
-}
-
-// The explanation lines that are shown, in order.
-QStringList shownLines(QObject* root, const QString& suffix, int boxes) {
-  QStringList out;
-  for (int i = 0; i < boxes; ++i) {
-    auto* e = uitest::find<QLineEdit>(root, QStringLiteral("txtCommandCode%1AnswerExplain_%2").arg(suffix).arg(i));
-    if (e->isVisible()) out << e->text();
-  }
   return out;
 }
 
