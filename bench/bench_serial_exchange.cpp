@@ -13,6 +13,7 @@
 #include <memory>
 #include <string>
 
+#include "BenchSupport.h"
 #include "reader/Drivers.h"
 #include "reader/Exchange.h"
 
@@ -103,34 +104,16 @@ void BM_Exchange_SerialEmulator(benchmark::State& state) { exchangeOn(state, ser
 BENCHMARK(BM_Exchange_Simulated)->UseRealTime();
 BENCHMARK(BM_Exchange_SerialEmulator)->UseRealTime();
 
-// Keeps the wall-clock time per iteration of each benchmark.
-class WallTimeReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& r : runs)
-      if (r.run_type == Run::RT_Iteration && !r.error_occurred && r.iterations > 0)
-        ns_[r.run_name.function_name] = r.real_accumulated_time * 1e9 / static_cast<double>(r.iterations);
-    ConsoleReporter::ReportRuns(runs);
-  }
-  double ns(const std::string& name) const {
-    auto it = ns_.find(name);
-    return it == ns_.end() ? -1 : it->second;
-  }
-
- private:
-  std::map<std::string, double> ns_;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
-  WallTimeReporter reporter;
+  bench::BestTimeReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   benchmark::Shutdown();
-  const double sim = reporter.ns("BM_Exchange_Simulated");
-  const double line = reporter.ns("BM_Exchange_SerialEmulator");
+  const double sim = reporter.bestWallNs("BM_Exchange_Simulated");
+  const double line = reporter.bestWallNs("BM_Exchange_SerialEmulator");
   if (sim > 0 && line > 0)
     std::printf("one exchange: serial driver + emulator %.1f us, simulated board %.1f us, ratio %.1f\n", line / 1000,
                 sim / 1000, line / sim);

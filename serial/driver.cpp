@@ -5,6 +5,7 @@
 
 #include "common/chipframe.h"
 #include "serial/frames.h"
+#include "simulator/chip.h"
 #include "simulator/control.h"
 
 namespace serialline {
@@ -12,14 +13,6 @@ namespace serialline {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-// A frame the chip reads as it stands: the echo byte alone, or code, length and exactly
-// that many data bytes. Anything else would leave the chip waiting for bytes that never
-// come, or take the rest for a second command.
-bool isWholeFrame(const hex::Bytes& frame) {
-  if (frame.size() == 1 && frame[0] == chipframe::kEcho) return true;
-  return frame.size() >= 2 && frame[1] == frame.size() - 2;
-}
 
 }  // namespace
 
@@ -67,9 +60,11 @@ SerialDriver::Reply SerialDriver::exchange(const hex::Bytes& frame) {
 std::int32_t SerialDriver::chipOperation(char* answer, const std::optional<hex::Bytes>& frame) {
   sim::writeAnswer(answer, "");
   std::lock_guard lock(mutex_);
-  if (!frame || !isWholeFrame(*frame)) {
+  // A frame that is not whole would leave the chip waiting for bytes that never come,
+  // or take the rest for a second command.
+  if (!frame || !chipframe::isWholeFrame(*frame)) {
     if (!ready()) return kStatusNoChip;
-    sim::writeAnswer(answer, chipframe::kInvalidLengthAnswer);
+    sim::writeAnswer(answer, sim::answerText(sim::Result::InvalidLength));
     return kStatusOk;
   }
   const Reply reply = exchange(*frame);
@@ -79,7 +74,7 @@ std::int32_t SerialDriver::chipOperation(char* answer, const std::optional<hex::
 
 bool SerialDriver::chipAnswersEcho() {
   const Reply reply = exchange(chipframe::echoFrame());
-  return reply.status == kStatusOk && reply.text == "5500";
+  return reply.status == kStatusOk && reply.text == sim::answerText(sim::Result::Echo);
 }
 
 // Opens the port afresh (after a replug the old one is gone), wakes the chip and asks it
@@ -103,13 +98,21 @@ std::int32_t SerialDriver::dllRevision(char* answer) {
   return kStatusOk;
 }
 
-std::int32_t SerialDriver::mcuRevision(char* answer) {
+std::int32_t SerialDriver::fixedAnswer(char* answer, const char* text, bool wakeUp) {
   sim::writeAnswer(answer, "");
   std::lock_guard lock(mutex_);
   if (!ready()) return kStatusNoChip;
-  sim::writeAnswer(answer, kNoControllerRevision);
+  if (wakeUp) line_.pulseWakeUp();
+  sim::writeAnswer(answer, text);
   return kStatusOk;
 }
+
+std::int32_t SerialDriver::notOnUart(char* answer) {
+  sim::writeAnswer(answer, "");
+  return kStatusNotOnUart;
+}
+
+std::int32_t SerialDriver::mcuRevision(char* answer) { return fixedAnswer(answer, kNoControllerRevision); }
 
 std::int32_t SerialDriver::idn(char* answer) { return chipOperation(answer, chipframe::idnFrame()); }
 
@@ -137,38 +140,14 @@ std::int32_t SerialDriver::fieldOff(char* answer) {
   return chipOperation(answer, chipframe::commandFrame(chipframe::kProtocolSelect, "00"));
 }
 
-std::int32_t SerialDriver::resetSpi(char* answer) {
-  sim::writeAnswer(answer, "");
-  return kStatusNotOnUart;
-}
-
-std::int32_t SerialDriver::nssPulse(char* answer) {
-  sim::writeAnswer(answer, "");
-  return kStatusNotOnUart;
-}
-
-std::int32_t SerialDriver::pollingReading(char* answer) {
-  sim::writeAnswer(answer, "");
-  return kStatusNotOnUart;
-}
+std::int32_t SerialDriver::resetSpi(char* answer) { return notOnUart(answer); }
+std::int32_t SerialDriver::nssPulse(char* answer) { return notOnUart(answer); }
+std::int32_t SerialDriver::pollingReading(char* answer) { return notOnUart(answer); }
 
 // The pulse on IRQ_IN (the adapter's RTS). A port without modem-control lines (the
 // emulator's pseudo-terminal) has nowhere to send it; the chip there is always awake.
-std::int32_t SerialDriver::irqPulse(char* answer) {
-  sim::writeAnswer(answer, "");
-  std::lock_guard lock(mutex_);
-  if (!ready()) return kStatusNoChip;
-  line_.pulseWakeUp();
-  sim::writeAnswer(answer, "0000");
-  return kStatusOk;
-}
+std::int32_t SerialDriver::irqPulse(char* answer) { return fixedAnswer(answer, "0000", true); }
 
-std::int32_t SerialDriver::interfacePinState(char* answer) {
-  sim::writeAnswer(answer, "");
-  std::lock_guard lock(mutex_);
-  if (!ready()) return kStatusNoChip;
-  sim::writeAnswer(answer, kUartPinState);
-  return kStatusOk;
-}
+std::int32_t SerialDriver::interfacePinState(char* answer) { return fixedAnswer(answer, kUartPinState); }
 
 }  // namespace serialline

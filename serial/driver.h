@@ -60,6 +60,11 @@ class SerialDriver {
   Reply exchange(const hex::Bytes& frame);
   // The port, opened the first time it is needed; false when it is not open.
   bool ready();
+  // A text the line gives without asking the chip, once the port is open; `wakeUp` pulses
+  // IRQ_IN first.
+  std::int32_t fixedAnswer(char* answer, const char* text, bool wakeUp = false);
+  // The SPI operations: no meaning on a UART.
+  std::int32_t notOnUart(char* answer);
   // Runs `frame` and writes the answer; a request that cannot be a frame is answered
   // "8200" without touching the line, as the simulated board answers it.
   std::int32_t chipOperation(char* answer, const std::optional<hex::Bytes>& frame);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "common/chipframe.h"
+#include "simulator/chip.h"
 #include "simulator/wakeup.h"
 
 namespace serialline {
@@ -12,27 +13,27 @@ namespace {
 // Error codes of the chip: 82 to 8F.
 bool isErrorCode(std::uint8_t code) { return code >= 0x82 && code <= 0x8F; }
 
-constexpr std::uint8_t kOk = 0x00;
-constexpr std::uint8_t kTagAnswer = 0x80;
+constexpr auto kOk = static_cast<std::uint8_t>(sim::Result::Ok);
+constexpr auto kTagAnswer = static_cast<std::uint8_t>(sim::Result::TagAnswer);
 
 }  // namespace
 
 hex::Bytes answerToLine(std::string_view text) {
   const auto bytes = hex::toBytes(text);
   if (!bytes || bytes->size() < 2) return {};
-  if ((*bytes)[0] == kEcho) return {kEcho};
+  if ((*bytes)[0] == chipframe::kEcho) return {chipframe::kEcho};
   return *bytes;
 }
 
 std::string answerText(const hex::Bytes& line) {
-  if (line.size() == 1 && line[0] == kEcho) return "5500";
+  if (line.size() == 1 && line[0] == chipframe::kEcho) return sim::answerText(sim::Result::Echo);
   return hex::fromBytes(line);
 }
 
 bool opensAnswerTo(std::uint8_t command, std::uint8_t resultCode) {
   switch (command) {
-    case chipframe::kEcho: return resultCode == kEcho;
-    case chipframe::kBaudRate: return resultCode == kEcho || isErrorCode(resultCode);
+    case chipframe::kEcho: return resultCode == chipframe::kEcho;
+    case chipframe::kBaudRate: return resultCode == chipframe::kEcho || isErrorCode(resultCode);
     case chipframe::kSendRecv: return resultCode == kTagAnswer || resultCode == kShortReply || isErrorCode(resultCode);
     default: return resultCode == kOk || isErrorCode(resultCode);
   }
@@ -40,7 +41,7 @@ bool opensAnswerTo(std::uint8_t command, std::uint8_t resultCode) {
 
 std::size_t AnswerParser::wanted() const {
   if (frame_.empty()) return 0;
-  if (frame_[0] == kEcho) return 1;
+  if (frame_[0] == chipframe::kEcho) return 1;
   if (frame_[0] == kShortReply) return 3;
   return frame_.size() >= 2 ? 2 + std::size_t{frame_[1]} : 0;
 }
@@ -63,8 +64,7 @@ std::optional<hex::Bytes> AnswerParser::feed(const std::uint8_t* data, std::size
 
 std::optional<hex::Bytes> CommandParser::feed(std::uint8_t byte) {
   frame_.push_back(byte);
-  const bool whole = (frame_[0] == kEcho) || (frame_.size() >= 2 && frame_.size() == 2 + std::size_t{frame_[1]});
-  if (!whole) return std::nullopt;
+  if (!chipframe::isWholeFrame(frame_)) return std::nullopt;
   hex::Bytes done;
   done.swap(frame_);
   return done;

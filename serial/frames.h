@@ -18,7 +18,6 @@
 
 namespace serialline {
 
-inline constexpr std::uint8_t kEcho = 0x55;
 inline constexpr std::uint8_t kShortReply = 0x90;  // valid bits and one reply byte, no length
 
 // The bytes the chip puts on the line for an answer in text form ("RRLL" + data). Text that

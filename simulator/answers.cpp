@@ -48,11 +48,12 @@ const Operation* findOperation(std::string_view name) {
 
 std::optional<Overridden> takeOverride(std::vector<AnswerOverride>& answers, std::string_view op,
                                        const char* request) {
-  if (answers.empty()) return std::nullopt;
-  const std::string text = normalised(request);
+  // The request is put in the entries' form only once an entry for this operation is met.
+  std::optional<std::string> text;
   for (AnswerOverride& entry : answers) {
     if (entry.op != op || (entry.times && entry.left <= 0)) continue;
-    if (text.compare(0, entry.request.size(), entry.request) != 0) continue;
+    if (!text) text = normalised(request);
+    if (text->compare(0, entry.request.size(), entry.request) != 0) continue;
     if (entry.times) --entry.left;
     return Overridden{entry.status, entry.answer};
   }

@@ -134,13 +134,15 @@ Json checkValue(const Json& value, const KeySpec& rule, const Path& path) {
     case ValueKind::Bool:
       if (!value.is_boolean()) throw FieldError{path, "true or false is needed, found " + describe(value)};
       return value;
-    case ValueKind::Text: {
+    case ValueKind::Text:
+    case ValueKind::AnyText: {
       if (!value.is_string()) throw FieldError{path, "a text is needed, found " + describe(value)};
       const std::string& text = value.get_ref<const std::string&>();
       if (static_cast<long>(text.size()) < rule.min || static_cast<long>(text.size()) > rule.max)
         throw FieldError{path, "a text of " + std::to_string(rule.min) + " to " + std::to_string(rule.max) +
                                    " characters is needed, found " + std::to_string(text.size())};
-      if (!printable(text)) throw FieldError{path, "only printable ASCII characters are allowed"};
+      if (rule.kind == ValueKind::Text && !printable(text))
+        throw FieldError{path, "only printable ASCII characters are allowed"};
       return value;
     }
     case ValueKind::Integer:
@@ -178,14 +180,6 @@ Json checkValue(const Json& value, const KeySpec& rule, const Path& path) {
     }
     case ValueKind::HexMemory:
       return checkHex(value, path);
-    case ValueKind::AnyText: {
-      if (!value.is_string()) throw FieldError{path, "a text is needed, found " + describe(value)};
-      const std::size_t size = value.get_ref<const std::string&>().size();
-      if (static_cast<long>(size) < rule.min || static_cast<long>(size) > rule.max)
-        throw FieldError{path, "a text of " + std::to_string(rule.min) + " to " + std::to_string(rule.max) +
-                                   " characters is needed, found " + std::to_string(size)};
-      return value;
-    }
   }
   return value;
 }

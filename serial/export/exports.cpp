@@ -7,8 +7,9 @@
 namespace {
 
 serialline::SerialDriver& driver() {
-  static serialline::PosixLine line(serialline::Settings::fromEnvironment());
-  static serialline::SerialDriver instance(line, serialline::Settings::fromEnvironment().timeoutMs);
+  static const serialline::Settings settings = serialline::Settings::fromEnvironment();
+  static serialline::PosixLine line(settings);
+  static serialline::SerialDriver instance(line, settings.timeoutMs);
   return instance;
 }
 

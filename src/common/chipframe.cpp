@@ -15,6 +15,11 @@ std::optional<hex::Bytes> commandFrame(std::uint8_t command, const char* text) {
   return frame;
 }
 
+bool isWholeFrame(const hex::Bytes& frame) {
+  if (frame.size() == 1 && frame[0] == kEcho) return true;
+  return frame.size() >= 2 && frame[1] == frame.size() - 2;
+}
+
 hex::Bytes idnFrame() { return {kIdn, 0x00}; }
 
 hex::Bytes echoFrame() { return {kEcho}; }

@@ -1,7 +1,7 @@
 // How the driver operations turn their request text into the chip's command frames, and the
 // fixed frames some of them send. Shared by every driver library that talks to a chip (the
 // simulated board, the serial-line driver), so that each puts the same bytes on the chip's
-// host interface and answers a bad request the same way. No Qt here.
+// host interface. No Qt here.
 #pragma once
 
 #include <cstdint>
@@ -19,13 +19,13 @@ inline constexpr std::uint8_t kIdle = 0x07;
 inline constexpr std::uint8_t kBaudRate = 0x0A;
 inline constexpr std::uint8_t kEcho = 0x55;
 
-// The answer of a command whose frame is no whole number of bytes, too long or unknown:
-// result code 82 ("Invalid command lenght") and no data.
-inline constexpr const char* kInvalidLengthAnswer = "8200";
-
 // Code, length and the bytes of the request text (blanks removed). Nullopt when the text is
 // no whole number of bytes or holds more than 255 of them.
 std::optional<hex::Bytes> commandFrame(std::uint8_t command, const char* text);
+
+// A frame the chip reads as it stands: the echo byte alone, or code, length and exactly
+// that many data bytes.
+bool isWholeFrame(const hex::Bytes& frame);
 
 hex::Bytes idnFrame();   // 01 00
 hex::Bytes echoFrame();  // the single byte 55, without length

@@ -3,6 +3,7 @@
 #include <array>
 #include <optional>
 
+#include "common/chipframe.h"
 #include "common/hex.h"
 
 namespace capture {
@@ -42,10 +43,6 @@ constexpr std::uint8_t kAStatusCrc = 0x20;
 constexpr std::uint8_t kAStatusCollision = 0x80;
 constexpr std::uint8_t kResultCollision = 0x01;
 constexpr std::uint8_t kResultCrc = 0x02;
-
-// KQCmd carries a chip frame behind a two-digit mode field.
-constexpr std::uint8_t kChipSelect = 0x02;
-constexpr std::uint8_t kChipSendRecv = 0x04;
 
 void put16be(Bytes& b, std::size_t v) {
   const std::size_t n = v > 0xFFFF ? 0xFFFF : v;
@@ -128,11 +125,11 @@ std::vector<Packet> Converter::packets(const reader::ExchangeRecord& r) {
       // "01" or "02", then code, length and data of a chip frame.
       const std::string frame = r.request.size() >= 2 ? r.request.substr(2) : std::string();
       const auto code = byteAt(frame, 0);
-      if (answered && code == kChipSelect && frame.size() >= 4) {
+      if (answered && code == chipframe::kProtocolSelect && frame.size() >= 4) {
         select(r, frame.substr(4), out);
         return out;
       }
-      if (answered && code == kChipSendRecv && frame.size() >= 4 && airOf(protocol_)) {
+      if (answered && code == chipframe::kSendRecv && frame.size() >= 4 && airOf(protocol_)) {
         sendReceive(r, frame.substr(4), out);
         return out;
       }

@@ -54,8 +54,6 @@ class Memoire {
 
 namespace shell {
 
-inline constexpr const char* kProductFileName = "TL42RQ_products.ini";
-
 // What a lookup of a reference in the product file found.
 enum class LookupResult { FileMissing, NotFound, Found };
 

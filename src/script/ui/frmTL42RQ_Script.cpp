@@ -17,6 +17,7 @@
 #include "script/ScriptInterpreter.h"
 #include "shell/UsageFile.h"
 #include "shell/ui/Dialogs.h"
+#include "shell/ui/Panel.h"
 
 namespace {
 
@@ -25,17 +26,6 @@ constexpr const char* kSaveFilter = "txt File (*.txt)|*.txt";
 // Hide read-only, prompt before overwriting, leave the process's directory alone, path
 // and file must exist, long names.
 constexpr unsigned kFileDialogFlags = 0x20180E;
-
-// The directory of a chosen file becomes the last-used one, and the usage file keeps it.
-void keepDirectoryOf(const QString& fileName) {
-  auto& g = glob::state();
-  const QString title = QFileInfo(fileName).fileName().trimmed();
-  const std::string dir = fileName.left(fileName.size() - title.size()).toStdString();
-  if (dir != g.lastDirectory) {
-    g.lastDirectory = dir;
-    shell::writeUsageFile(g.lastDirectory, g.backgroundColor);
-  }
-}
 
 // WAIT may hand over millions of turns; give them in slices of what yieldEvents takes.
 void yieldTurns(long long turns) {

@@ -196,8 +196,8 @@ void LogView::refresh() {
   // Every append puts the caret at the end of the log, and the caret is kept in view.
   qreal caretX = -1;
   if (scrollToEnd_) {
-    QTextLayout last;
-    layOut(last, shownLine(lines_.count() - 1));
+    // The same layout the paint that follows draws the line with.
+    const QTextLayout& last = laidOutLine(lines_.count() - 1);
     caretX = margin + (last.lineCount() > 0 ? last.lineAt(0).naturalTextWidth() : 0);
     widest_ = std::max(widest_, caretX + margin);
   }

@@ -172,8 +172,10 @@ Panel* MainForm::activePanel() const {
   QMdiSubWindow* sub = mdi_->activeSubWindow();
   if (!sub) sub = mdi_->currentSubWindow();
   // Before any window was activated (no window manager yet), the one in front counts.
-  if (!sub && !mdi_->subWindowList(QMdiArea::StackingOrder).isEmpty())
-    sub = mdi_->subWindowList(QMdiArea::StackingOrder).last();
+  if (!sub) {
+    const QList<QMdiSubWindow*> front = mdi_->subWindowList(QMdiArea::StackingOrder);
+    if (!front.isEmpty()) sub = front.last();
+  }
   auto* p = sub ? qobject_cast<Panel*>(sub->widget()) : nullptr;
   return p && !p->closing() ? p : nullptr;
 }

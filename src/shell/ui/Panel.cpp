@@ -169,16 +169,20 @@ void Panel::cmdSaveLog_Click() {
   saveTextAs(this, log_.text());
 }
 
-QString askSaveFileName(QWidget* parent, const QString& filter) {
+void keepDirectoryOf(const QString& fileName) {
   auto& g = glob::state();
-  const QString name = dialogs().saveFileName(parent, QString::fromStdString(g.lastDirectory), filter).trimmed();
-  if (name.isEmpty()) return name;
-  const QString title = QFileInfo(name).fileName().trimmed();
-  const std::string dir = name.left(name.size() - title.size()).toStdString();
+  const QString title = QFileInfo(fileName).fileName().trimmed();
+  const std::string dir = fileName.left(fileName.size() - title.size()).toStdString();
   if (dir != g.lastDirectory) {
     g.lastDirectory = dir;
     shell::writeUsageFile(g.lastDirectory, g.backgroundColor);
   }
+}
+
+QString askSaveFileName(QWidget* parent, const QString& filter) {
+  const QString name =
+      dialogs().saveFileName(parent, QString::fromStdString(glob::state().lastDirectory), filter).trimmed();
+  if (!name.isEmpty()) keepDirectoryOf(name);
   return name;
 }
 

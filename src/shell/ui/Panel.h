@@ -80,6 +80,9 @@ class Panel : public QWidget {
   bool deferredClose_ = false;
 };
 
+// The directory of a chosen file becomes the last-used one, and the usage file keeps it.
+void keepDirectoryOf(const QString& fileName);
+
 // The file name the user picks in the save dialog with `filter`, starting in the
 // last-used directory, which then becomes the picked file's directory (and is written to
 // the usage file). Empty when the dialog was cancelled.

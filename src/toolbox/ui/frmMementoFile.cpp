@@ -10,20 +10,12 @@
 
 #include "shell/UsageFile.h"
 #include "shell/ui/Dialogs.h"
+#include "shell/ui/Panel.h"
 
 namespace {
 constexpr const char* kNoteFilter = "txt File (*.txt)|*.txt";
 
 // Keeps the directory of a chosen file as the last-used one, and the usage file with it.
-void keepDirectoryOf(const QString& fileName) {
-  auto& g = glob::state();
-  const QString title = QFileInfo(fileName).fileName().trimmed();
-  const std::string dir = fileName.left(fileName.size() - title.size()).toStdString();
-  if (dir != g.lastDirectory) {
-    g.lastDirectory = dir;
-    shell::writeUsageFile(g.lastDirectory, g.backgroundColor);
-  }
-}
 }  // namespace
 
 frmMementoFile::frmMementoFile(QWidget* parent) : Panel(glob::PanelId::MementoFile, "frmMementoFile", parent) {
